@@ -1,0 +1,259 @@
+#include "simulator/Server.h"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/prctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cmath>
+#include <system_error>
+#include <utility>
+
+namespace simulator {
+namespace {
+
+constexpr double Never = -1;
+constexpr double EngineTickSeconds = 0.25;  // the longest the engine's clock stands while nobody asks
+constexpr double MostCatchUpSeconds = 5;    // of it, after the computer has slept
+constexpr double ReplugSeconds = 1;
+constexpr double HangUpGraceSeconds = 0.02;  // so that a reader sees the bytes before the end
+
+double SteadySeconds() {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+}  // namespace
+
+Server::Server(Config asked)
+    : config(std::move(asked)), origin(SteadySeconds()), controller(config), faults(config.seed, config.faults) {
+    terminal.open(config.portLink);
+    wakeHandle = ::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
+    if (wakeHandle < 0) {
+        throw std::system_error(errno, std::generic_category(), "make event 'wake'");
+    }
+    thread = std::thread([this] { run(); });
+}
+
+void Server::stop() {
+    {
+        std::lock_guard lock(mutex);
+        stopping = true;
+    }
+    if (thread.joinable()) {
+        wake();
+        thread.join();
+        ::close(std::exchange(wakeHandle, -1));
+    }
+}
+
+double Server::now() const {
+    return SteadySeconds() - origin;
+}
+
+void Server::wake() {
+    ::eventfd_write(wakeHandle, 1);
+}
+
+void Server::advance(double time) {
+    if (config.clockRuns) {
+        controller.step(std::clamp(time - steppedTo, 0.0, MostCatchUpSeconds));
+    }
+    steppedTo = time;
+}
+
+std::string Server::devicePath() const {
+    std::lock_guard lock(mutex);
+    return terminal.path();
+}
+
+int Server::lineSpeed() const {
+    std::lock_guard lock(mutex);
+    return terminal.lineSpeed();
+}
+
+void Server::unplug() {
+    std::unique_lock lock(mutex);
+    wantPlugged = false;
+    wake();
+    changed.wait(lock, [this] { return stopping || !terminal.isOpen(); });
+}
+
+bool Server::replug() {
+    std::unique_lock lock(mutex);
+    wantPlugged = true;
+    plugFailed = false;
+    plugAt = now();
+    wake();
+    changed.wait(lock, [this] { return stopping || plugFailed || terminal.isOpen(); });
+    return terminal.isOpen();
+}
+
+bool Server::waitPlugged(double seconds) {
+    std::unique_lock lock(mutex);
+    return changed.wait_for(lock, std::chrono::duration<double>(seconds), [this] { return terminal.isOpen(); });
+}
+
+void Server::addFault(const FaultRule& rule) {
+    std::lock_guard lock(mutex);
+    faults.add(rule);
+}
+
+void Server::clearFaults() {
+    std::lock_guard lock(mutex);
+    faults.clear();
+}
+
+std::vector<LogEntry> Server::log() const {
+    std::lock_guard lock(mutex);
+    return {entries.begin(), entries.end()};
+}
+
+void Server::clearLog() {
+    std::lock_guard lock(mutex);
+    entries.clear();
+}
+
+bool Server::waitFor(const std::function<bool(const Log&)>& enough, double seconds) {
+    std::unique_lock lock(mutex);
+    return changed.wait_for(lock, std::chrono::duration<double>(seconds), [&] { return enough(entries); });
+}
+
+bool Server::waitForFrames(std::size_t count, double seconds) {
+    return waitFor([count](const Log& log) { return log.size() >= count; }, seconds);
+}
+
+void Server::observe(std::function<void(const LogEntry&)> newObserver) {
+    std::lock_guard lock(mutex);
+    observer = std::move(newObserver);
+}
+
+void Server::unplugNow() {
+    terminal.close();
+    outgoing.clear();
+    controller.dropPartialRequest();
+    received = sent = 0;
+    hangUpAt = Never;
+    changed.notify_all();
+}
+
+void Server::plug(double time) {
+    if (!wantPlugged) {
+        plugAt = Never;
+        if (terminal.isOpen()) {
+            unplugNow();
+        }
+    } else if (terminal.isOpen()) {
+        plugAt = Never;
+    } else if (plugAt >= 0 && time >= plugAt) {
+        try {
+            terminal.open(config.portLink);
+            plugAt = Never;
+        } catch (const std::system_error&) {
+            plugFailed = true;
+            plugAt = time + ReplugSeconds;
+        }
+        changed.notify_all();
+    }
+}
+
+// At the true pace a byte that reached the device at some moment is still to run over the wire, after those before it.
+void Server::takeRequests(double time) {
+    std::uint8_t buffer[256];
+    for (std::uint8_t& byte : std::span(buffer).first(terminal.read(buffer))) {
+        received = config.wirePace ? std::max(received, time) + ByteSeconds : time;
+        for (const Exchange& exchange : controller.receive({&byte, 1}, time)) {
+            reply(exchange, received, time);
+        }
+    }
+}
+
+void Server::reply(const Exchange& exchange, double complete, double time) {
+    Transmission transmission = faults.send(exchange.reply, exchange.isWrite);
+    LogEntry entry{time, exchange.request, exchange.isWrite, {}};
+    sent = std::max(sent, complete + (config.wirePace ? exchange.workSeconds : 0));
+    for (const TimedByte& byte : transmission.bytes) {
+        sent += byte.pauseBefore + (config.wirePace || byte.paced ? ByteSeconds : 0);
+        outgoing.push_back({sent, byte.value});
+        entry.reply.push_back(byte.value);
+    }
+    if (transmission.hangUp) {
+        hangUpAt = sent + HangUpGraceSeconds;
+    }
+    if (observer) {
+        observer(entry);
+    }
+    entries.push_back(std::move(entry));
+    if (entries.size() > LogLimit) {
+        entries.pop_front();
+    }
+    changed.notify_all();
+}
+
+void Server::sendDue(double time) {
+    Bytes chunk;
+    while (!outgoing.empty() && outgoing.front().due <= time) {
+        chunk.push_back(outgoing.front().value);
+        outgoing.pop_front();
+    }
+    if (!chunk.empty()) {
+        terminal.write(chunk);
+    }
+    if (hangUpAt >= 0 && time >= hangUpAt) {
+        unplugNow();
+        plugAt = time + ReplugSeconds;
+    }
+}
+
+double Server::nextDeadline(double time) const {
+    double deadline = time + EngineTickSeconds;
+    if (!outgoing.empty()) {
+        deadline = std::min(deadline, outgoing.front().due);
+    }
+    for (double moment : {hangUpAt, plugAt}) {
+        deadline = moment >= 0 ? std::min(deadline, moment) : deadline;
+    }
+    return deadline;
+}
+
+// Deadlines are moments, not spans: being late for one byte makes no other late.
+void Server::sleepUntil(double deadline, std::unique_lock<std::mutex>& lock) {
+    pollfd handles[] = {
+        {wakeHandle, POLLIN, 0},
+        {terminal.readable(), POLLIN, 0},
+        {terminal.usersChanged(), POLLIN, 0},
+    };
+    double rest = std::max(0.0, deadline - now());
+    timespec span{};
+    span.tv_sec = static_cast<time_t>(rest);
+    span.tv_nsec = static_cast<long>((rest - std::floor(rest)) * 1e9);
+    lock.unlock();
+    ::ppoll(handles, std::size(handles), &span, nullptr);
+    lock.lock();
+    eventfd_t ignored;
+    ::eventfd_read(wakeHandle, &ignored);
+    if ((handles[2].revents & POLLIN) != 0) {
+        terminal.noticeUsers();
+    }
+}
+
+void Server::run() {
+    ::prctl(PR_SET_TIMERSLACK, 1000UL);  // nanoseconds; the usual 50 microseconds show at this pace
+    std::unique_lock lock(mutex);
+    while (!stopping) {
+        sleepUntil(nextDeadline(now()), lock);
+        double time = now();
+        advance(time);
+        plug(time);
+        if (terminal.isOpen()) {
+            takeRequests(time);
+            sendDue(now());
+        }
+    }
+    terminal.close();
+    changed.notify_all();
+}
+
+}  // namespace simulator

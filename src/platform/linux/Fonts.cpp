@@ -1,0 +1,169 @@
+// Fonts by cell height and average width, and text drawn with them glyph by glyph on whole pixels.
+#include <QFontDatabase>
+#include <QFontInfo>
+#include <QFontMetrics>
+#include <QGlyphRun>
+#include <cmath>
+
+#include "platform/linux/Context.h"
+
+namespace layer {
+
+namespace {
+
+const QString Face = QStringLiteral("Liberation Sans");
+// Of Liberation Sans and its twin Arial, in parts of the em: the cell above and below the base line, and the average
+// character.
+constexpr double CellAscent = 0.905;
+constexpr double CellDescent = 0.212;
+constexpr double AverageWidth = 0.4414;
+// The weight from which the bold face is the nearer one.
+constexpr int BoldFrom = 550;
+
+QFont scaledFont(double em, double stretch, bool bold) {
+    QFont font(Face);
+    font.setPixelSize(std::max(1, static_cast<int>(std::lround(em))));
+    font.setWeight(bold ? QFont::Bold : QFont::Normal);
+    font.setStretch(static_cast<int>(std::lround(stretch * 100)));
+    font.setHintingPreference(QFont::PreferVerticalHinting);
+    font.setStyleStrategy(static_cast<QFont::StyleStrategy>(QFont::PreferAntialias | QFont::NoSubpixelAntialias |
+                                                            QFont::NoFontMerging));
+    return font;
+}
+
+std::shared_ptr<const DrawnFont> makeDrawnFont(const LOGFONTA& description) {
+    auto drawn = std::make_shared<DrawnFont>();
+    const double em = description.lfHeight > 0 ? description.lfHeight / (CellAscent + CellDescent)
+                                               : std::abs(static_cast<double>(description.lfHeight));
+    const double stretch = description.lfWidth > 0 ? description.lfWidth / (std::round(em) * AverageWidth) : 1.0;
+    const bool bold = description.lfWeight >= BoldFrom;
+    drawn->face = QRawFont::fromFont(scaledFont(em, stretch, bold));
+    drawn->height = description.lfHeight > 0 ? description.lfHeight
+                                             : static_cast<int>(std::lround(em * (CellAscent + CellDescent)));
+    drawn->ascent = static_cast<int>(std::lround(drawn->height * CellAscent / (CellAscent + CellDescent)));
+    const auto& table = codePageTable(description.lfCharSet == RUSSIAN_CHARSET ? 1251 : 1250);
+    for (size_t byte = 0; byte < table.size(); ++byte) {
+        const QList<quint32> glyphs = drawn->face.glyphIndexesForString(QString(QChar(table[byte])));
+        drawn->glyphs[byte] = glyphs.isEmpty() ? 0 : glyphs.first();
+        const QList<QPointF> advances = drawn->face.advancesForGlyphIndexes({drawn->glyphs[byte]});
+        drawn->advances[byte] = advances.isEmpty() ? 0 : static_cast<int>(std::lround(advances.first().x()));
+    }
+    return drawn;
+}
+
+LOGFONTA systemFont() {
+    LOGFONTA description{};
+    description.lfHeight = 16;
+    description.lfWeight = 400;
+    description.lfCharSet = EASTEUROPE_CHARSET;
+    return description;
+}
+
+const DrawnFont& fontOf(const DeviceContext& context) {
+    static const std::shared_ptr<const DrawnFont> fallback = makeDrawnFont(systemFont());
+    GdiObject* object = findObject(context.font);
+    return object ? drawnFont(*object) : *fallback;
+}
+
+int textWidth(const DrawnFont& font, std::span<const char> text) {
+    int width = 0;
+    for (const char letter : text) {
+        width += font.advances[static_cast<BYTE>(letter)];
+    }
+    return width;
+}
+
+}  // namespace
+
+const DrawnFont& drawnFont(GdiObject& object) {
+    if (!object.font) {
+        object.font = makeDrawnFont(object.description);
+    }
+    return *object.font;
+}
+
+QFont uiFont(int points) {
+    QFont font = scaledFont(points * 96.0 / 72.0, 1.0, false);
+    font.setHintingPreference(QFont::PreferDefaultHinting);
+    return font;
+}
+
+QSize dialogBaseUnits(const QFont& font) {
+    const QFontMetrics metrics(font);
+    const QString letters = QStringLiteral("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz");
+    const int average = (metrics.horizontalAdvance(letters) / 26 + 1) / 2;
+    const int height = static_cast<int>(std::ceil(font.pixelSize() * (CellAscent + CellDescent)));
+    return {average, height};
+}
+
+}  // namespace layer
+
+using namespace layer;
+
+HFONT CreateFontIndirectA(const LOGFONTA* description) {
+    GdiObject font;
+    font.type = GdiObject::Type::Font;
+    font.description = *description;
+    return static_cast<HFONT>(addObject(std::move(font)));
+}
+
+COLORREF SetTextColor(HDC dc, COLORREF colour) {
+    DeviceContext* context = findContext(dc);
+    return context ? std::exchange(context->textColour, colour) : CLR_INVALID;
+}
+
+COLORREF SetBkColor(HDC dc, COLORREF colour) {
+    DeviceContext* context = findContext(dc);
+    return context ? std::exchange(context->backColour, colour) : CLR_INVALID;
+}
+
+BOOL GetTextExtentPoint32A(HDC dc, LPCSTR text, int count, SIZE* size) {
+    const DeviceContext* context = findContext(dc);
+    if (!context) {
+        return FALSE;
+    }
+    const DrawnFont& font = fontOf(*context);
+    *size = {textWidth(font, {text, static_cast<size_t>(count)}), font.height};
+    return TRUE;
+}
+
+BOOL ExtTextOutA(HDC dc, int x, int y, UINT options, const RECT* rect, LPCSTR text, UINT count, const INT* spacing) {
+    if (spacing || (options & ~ETO_OPAQUE)) {
+        reportUnsupported("text option", QString::number(options));
+    }
+    DeviceContext* context = findContext(dc);
+    QPainter* painter = context ? painterOf(*context) : nullptr;
+    if (!painter) {
+        return FALSE;
+    }
+    const DrawnFont& font = fontOf(*context);
+    const std::span<const char> letters(text, count);
+    const QRect cells(x, y, textWidth(font, letters), font.height);
+    // With a rectangle the background fills that, and behind the characters what stands out of it; the real call also
+    // fills the cells, since the background of the context is opaque.
+    painter->fillRect(cells, toColour(context->backColour));
+    markDrawn(*context, cells.adjusted(-2, 0, 2, 0));
+    if (rect && (options & ETO_OPAQUE)) {
+        const QRect area(rect->left, rect->top, rect->right - rect->left, rect->bottom - rect->top);
+        painter->fillRect(area, toColour(context->backColour));
+        markDrawn(*context, area);
+    }
+    QList<quint32> glyphs;
+    QList<QPointF> positions;
+    glyphs.reserve(static_cast<qsizetype>(count));
+    positions.reserve(static_cast<qsizetype>(count));
+    int left = x;
+    for (const char letter : letters) {
+        const auto byte = static_cast<BYTE>(letter);
+        glyphs.append(font.glyphs[byte]);
+        positions.append(QPointF(left, y + font.ascent));
+        left += font.advances[byte];
+    }
+    QGlyphRun run;
+    run.setRawFont(font.face);
+    run.setGlyphIndexes(glyphs);
+    run.setPositions(positions);
+    painter->setPen(toColour(context->textColour));
+    painter->drawGlyphRun(QPointF(), run);
+    return TRUE;
+}

@@ -1,0 +1,178 @@
+// What the files of the layer share: the window behind an HWND, the registry, and the calls from one area to another.
+// Only files of this folder include it.
+#pragma once
+
+#include <QColor>
+#include <QFont>
+#include <QIcon>
+#include <QImage>
+#include <QPainter>
+#include <QPointer>
+#include <QRegion>
+#include <QString>
+#include <QWidget>
+#include <array>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "platform/Win32.h"
+
+namespace layer {
+
+// The pixels of a window's client area: kept, so that what is drawn stays until it is painted over. There is no image
+// until something other than a fill of the whole area has been drawn.
+class Surface {
+public:
+    void resize(QSize size, qreal ratio);
+    // Opened by the first drawing and kept open until close, since opening one costs more than a rectangle.
+    QPainter& painter();
+    void close();
+    bool fillAll(QColor colour);
+    void markDirty(const QRect& rect);
+    // The changed area since the last call, in coarse tiles.
+    QRegion takeDirty();
+    void paintOn(QPainter& target, const QRegion& region) const;
+    QColor pixel(int x, int y) const;
+    QSize size() const {
+        return logicalSize;
+    }
+
+private:
+    void allocate();
+
+    static constexpr int TileSize = 32;
+    QSize logicalSize;
+    qreal pixelRatio = 1.0;
+    QColor fill = Qt::black;
+    QImage image;
+    std::unique_ptr<QPainter> open;
+    std::vector<bool> dirtyTiles;
+    bool anyDirty = false;
+};
+
+enum class Kind { Desktop, Frame, Dialog, Button, Static };
+
+struct Window {
+    HWND handle = nullptr;
+    Kind kind = Kind::Frame;
+    Window* parent = nullptr;
+    std::vector<Window*> children;  // the last is on top
+    DWORD style = 0;
+    DWORD exStyle = 0;
+    int id = 0;
+    WNDPROC procedure = nullptr;
+    DLGPROC dialogProcedure = nullptr;
+    QColor background;
+    HMENU menu = nullptr;
+    QRect place;  // the outer rectangle, in the parent's client area or on the desktop
+    bool visible = false;
+    bool enabled = true;
+    bool painting = false;  // between BeginPaint and EndPaint
+    bool dying = false;
+    QByteArray text;
+    QPointer<QWidget> outer;   // the Qt window or child
+    QPointer<QWidget> client;  // where the surface shows and children live; the outer one for all but a frame
+    QRegion invalid;           // client coordinates
+    bool erase = false;
+    Surface surface;
+    // Dialogs: the size of a dialog unit in quarters and eighths of these, and the controls' font.
+    QSize baseUnits;
+    QFont font;
+};
+
+// Null for a handle that is no living window.
+Window* find(HWND handle);
+Window& desktop();
+const std::vector<Window*>& topLevels();
+// Makes the record and its handle; the caller makes the widgets.
+Window& makeWindow(Kind kind, Window* parent);
+
+QSize clientSize(const Window& window);
+// The client area's corner on the desktop.
+QPoint clientOrigin(const Window& window);
+bool reallyVisible(const Window& window);
+void applyText(Window& window);
+LRESULT callProcedure(Window& window, UINT message, WPARAM wParam, LPARAM lParam);
+LRESULT defaultDialogProcedure(Window& window, UINT message, WPARAM wParam, LPARAM lParam);
+// Deletes the widgets of destroyed windows, if no window procedure is running.
+void buryWidgets();
+LRESULT controlMessage(Window& window, UINT message, WPARAM wParam, LPARAM lParam);
+
+// Widgets.
+class Canvas : public QWidget {
+public:
+    Canvas(QWidget* parent, HWND shown) : QWidget(parent), window(shown) {
+        setAttribute(Qt::WA_OpaquePaintEvent);
+    }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    HWND window;
+};
+
+QWidget* makeFrameWidget(Window& window);
+void makeControlWidget(Window& window);
+void placeFrame(Window& window);
+// Outer size less the borders, the caption and the menu bar of the real desktop.
+QSize frameClientSize(const Window& window);
+
+// Painting.
+void invalidate(Window& window, const QRegion& region, bool erase);
+void invalidateAll(Window& window);
+void erase(Window& window);
+void resizeSurface(Window& window);
+void showDrawing(Window& window);
+// Hands all that was drawn since the last call to the screen.
+void showAllDrawing();
+// The topmost window in need of WM_PAINT, null if none.
+Window* nextToPaint();
+void forgetContexts(const Window& window);
+
+// Timers.
+void killTimers(HWND window);
+bool takeDueTimer(MSG& message);
+
+// Messages.
+void forgetMessages(HWND window);
+// Runs messages until done() says so or the quit message comes, which is left for the outer loop.
+void runNestedLoop(bool (*done)(void*), void* argument);
+void installInput();
+
+// Menus.
+void attachMenu(Window& window);
+int menuBarHeight(const Window& window);
+// Opens or chooses the item of the menu bar that begins with the letter; 0 if there is none.
+LRESULT openMenuByLetter(Window& window, BYTE letter);
+
+// Resources: raw data by type and id; empty if there is none.
+enum ResourceType : unsigned {
+    BitmapResource = 2,
+    MenuResource = 4,
+    DialogResource = 5,
+    StringResource = 6,
+    AcceleratorResource = 9,
+    IconResource = 3,
+    GroupIconResource = 14,
+};
+std::span<const BYTE> findResource(unsigned type, unsigned id);
+unsigned resourceId(LPCSTR name);
+QColor colourOf(HBRUSH brush);
+QIcon iconOf(HICON icon);
+QImage imageOf(HBITMAP bitmap);
+
+// Text: the code page of controls, and conversions of one byte each.
+int controlCodePage();
+QString decode(QByteArrayView text, int codePage);
+QByteArray encode(const QString& text, int codePage);
+const std::array<char16_t, 256>& codePageTable(int codePage);
+// The face, style and size that dialogs and menus use: points at 96 dots an inch.
+QFont uiFont(int points);
+QSize dialogBaseUnits(const QFont& font);
+
+void installStyle();
+void reportUnsupported(const char* what, const QString& detail);
+
+}  // namespace layer

@@ -1,0 +1,106 @@
+// One style, palette and font on every desktop, so that a layout is the same everywhere.
+#include <QApplication>
+#include <QMenuBar>
+#include <QProxyStyle>
+#include <QStyleFactory>
+#include <QStyleOptionMenuItem>
+#include <cstdio>
+#include <cstdlib>
+
+#include "platform/linux/Layer.h"
+
+namespace layer {
+
+namespace {
+
+constexpr int WidestMenuPadding = 8;
+constexpr int NarrowestMenuPadding = 2;
+
+class FixedStyle : public QProxyStyle {
+public:
+    FixedStyle() : QProxyStyle(QStyleFactory::create(QStringLiteral("Fusion"))) {
+    }
+
+    // A page item on the bar can be highlighted without being under the mouse.
+    void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
+                     const QWidget* widget) const override {
+        const auto* item = qstyleoption_cast<const QStyleOptionMenuItem*>(option);
+        const auto* bar = qobject_cast<const QMenuBar*>(widget);
+        if (element != CE_MenuBarItem || !item || !bar) {
+            QProxyStyle::drawControl(element, option, painter, widget);
+            return;
+        }
+        const QAction* action = bar->actionAt(item->rect.center());
+        const bool highlighted = action && action->property("highlighted").toBool();
+        const bool active = item->state & State_Selected;
+        const QColor ground = active ? item->palette.color(QPalette::Highlight)
+                              : highlighted ? QColor(0xCC, 0xDD, 0xF2)
+                                            : item->palette.color(QPalette::Window);
+        painter->fillRect(item->rect, ground);
+        if (highlighted && !active) {
+            painter->setPen(QColor(0x7A, 0xA0, 0xD0));
+            painter->drawRect(item->rect.adjusted(0, 0, -1, -1));
+        }
+        drawItemText(painter, item->rect, Qt::AlignCenter | Qt::TextHideMnemonic, item->palette,
+                     item->state & State_Enabled, item->text,
+                     active ? QPalette::HighlightedText : QPalette::WindowText);
+    }
+
+    // The bar is one row: its items stand closer where they would not fit.
+    QSize sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size,
+                           const QWidget* widget) const override {
+        const auto* bar = qobject_cast<const QMenuBar*>(widget);
+        if (type != CT_MenuBarItem || !bar) {
+            return QProxyStyle::sizeFromContents(type, option, size, widget);
+        }
+        int texts = 0;
+        for (const QAction* action : bar->actions()) {
+            texts += bar->fontMetrics().size(Qt::TextShowMnemonic, action->text()).width();
+        }
+        const int items = std::max<int>(1, static_cast<int>(bar->actions().size()));
+        const int padding = std::clamp((bar->width() - texts) / (2 * items), NarrowestMenuPadding, WidestMenuPadding);
+        return {size.width() + 2 * padding, bar->height()};
+    }
+
+    int pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const override {
+        switch (metric) {
+            case PM_MenuBarItemSpacing:
+            case PM_MenuBarHMargin:
+            case PM_MenuBarVMargin:
+            case PM_MenuBarPanelWidth:
+                return 0;
+            default:
+                return QProxyStyle::pixelMetric(metric, option, widget);
+        }
+    }
+};
+
+QPalette lightPalette() {
+    const QColor face(240, 240, 240);
+    const QColor faded(120, 120, 120);
+    QPalette palette(face, face);
+    palette.setColor(QPalette::Base, Qt::white);
+    palette.setColor(QPalette::Highlight, QColor(0, 96, 180));
+    palette.setColor(QPalette::HighlightedText, Qt::white);
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
+        palette.setColor(role, Qt::black);
+        palette.setColor(QPalette::Disabled, role, faded);
+    }
+    return palette;
+}
+
+}  // namespace
+
+void installStyle() {
+    QApplication::setStyle(new FixedStyle);
+    QApplication::setPalette(lightPalette());
+    QApplication::setFont(uiFont(9));
+}
+
+// What the layer does not know is a fault of the program, not of its user.
+void reportUnsupported(const char* what, const QString& detail) {
+    std::fprintf(stderr, "%s '%s': not supported\n", what, qPrintable(detail));
+    std::abort();
+}
+
+}  // namespace layer

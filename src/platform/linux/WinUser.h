@@ -1,0 +1,185 @@
+// Windows, messages, timers, dialogs, menus and resources. Include platform/Win32.h, not this.
+#pragma once
+
+#include "platform/linux/WinTypes.h"
+
+constexpr UINT WM_NULL = 0x0000;
+constexpr UINT WM_CREATE = 0x0001;
+constexpr UINT WM_DESTROY = 0x0002;
+constexpr UINT WM_MOVE = 0x0003;
+constexpr UINT WM_SIZE = 0x0005;
+constexpr UINT WM_PAINT = 0x000F;
+constexpr UINT WM_CLOSE = 0x0010;
+constexpr UINT WM_QUIT = 0x0012;
+constexpr UINT WM_ERASEBKGND = 0x0014;
+constexpr UINT WM_SHOWWINDOW = 0x0018;
+constexpr UINT WM_SETFONT = 0x0030;
+constexpr UINT WM_DISPLAYCHANGE = 0x007E;
+constexpr UINT WM_KEYDOWN = 0x0100;
+constexpr UINT WM_KEYUP = 0x0101;
+constexpr UINT WM_CHAR = 0x0102;
+constexpr UINT WM_SYSKEYDOWN = 0x0104;
+constexpr UINT WM_SYSKEYUP = 0x0105;
+constexpr UINT WM_SYSCHAR = 0x0106;
+constexpr UINT WM_INITDIALOG = 0x0110;
+constexpr UINT WM_COMMAND = 0x0111;
+constexpr UINT WM_TIMER = 0x0113;
+constexpr UINT WM_ENTERMENULOOP = 0x0211;
+constexpr UINT WM_EXITMENULOOP = 0x0212;
+
+constexpr WORD BN_CLICKED = 0;
+
+constexpr UINT CS_VREDRAW = 1;
+constexpr UINT CS_HREDRAW = 2;
+
+constexpr DWORD WS_OVERLAPPED = 0x00000000;
+constexpr DWORD WS_CHILD = 0x40000000;
+constexpr DWORD WS_VISIBLE = 0x10000000;
+constexpr DWORD WS_DISABLED = 0x08000000;
+constexpr DWORD WS_CAPTION = 0x00C00000;
+constexpr DWORD WS_SYSMENU = 0x00080000;
+constexpr DWORD WS_MINIMIZEBOX = 0x00020000;
+
+constexpr int SW_HIDE = 0;
+constexpr int SW_SHOWNORMAL = 1;
+constexpr int SW_SHOW = 5;
+constexpr int SW_SHOWDEFAULT = 10;
+
+constexpr UINT SWP_NOSIZE = 1;
+constexpr UINT SWP_NOMOVE = 2;
+constexpr UINT SWP_NOZORDER = 4;
+
+constexpr UINT MF_BYCOMMAND = 0;
+constexpr UINT MF_ENABLED = 0;
+constexpr UINT MF_UNCHECKED = 0;
+constexpr UINT MF_UNHILITE = 0;
+constexpr UINT MF_STRING = 0;
+constexpr UINT MF_GRAYED = 1;
+constexpr UINT MF_CHECKED = 8;
+constexpr UINT MF_POPUP = 0x10;
+constexpr UINT MF_HILITE = 0x80;
+constexpr UINT MF_BYPOSITION = 0x400;
+constexpr UINT MF_SEPARATOR = 0x800;
+
+constexpr BYTE FVIRTKEY = 0x01;
+constexpr BYTE FSHIFT = 0x04;
+constexpr BYTE FCONTROL = 0x08;
+constexpr BYTE FALT = 0x10;
+constexpr WPARAM VK_F4 = 0x73;
+
+using WNDPROC = LRESULT(CALLBACK*)(HWND, UINT, WPARAM, LPARAM);
+using DLGPROC = INT_PTR(CALLBACK*)(HWND, UINT, WPARAM, LPARAM);
+using TIMERPROC = void(CALLBACK*)(HWND, UINT, UINT_PTR, DWORD);
+
+struct WNDCLASSA {
+    UINT style;
+    WNDPROC lpfnWndProc;
+    int cbClsExtra;
+    int cbWndExtra;
+    HINSTANCE hInstance;
+    HICON hIcon;
+    HCURSOR hCursor;
+    HBRUSH hbrBackground;
+    LPCSTR lpszMenuName;
+    LPCSTR lpszClassName;
+};
+
+struct MSG {
+    HWND hwnd;
+    UINT message;
+    WPARAM wParam;
+    LPARAM lParam;
+    DWORD time;
+    POINT pt;
+};
+
+struct PAINTSTRUCT {
+    HDC hdc;
+    BOOL fErase;
+    RECT rcPaint;
+    BOOL fRestore;
+    BOOL fIncUpdate;
+    BYTE rgbReserved[32];
+};
+
+// The program's entry, called by the layer's own main once the desktop connection stands.
+int WINAPI WinMain(HINSTANCE instance, HINSTANCE previous, LPSTR commandLine, int show);
+
+ATOM RegisterClassA(const WNDCLASSA* windowClass);
+// Top-level windows without a sizing border, of a registered class. Place and size are the outer ones; the client area
+// is what a fixed-size window of the real desktop leaves of it, whatever frame the desktop here draws.
+HWND CreateWindowExA(DWORD exStyle, LPCSTR className, LPCSTR title, DWORD style, int x, int y, int width, int height,
+                     HWND parent, HMENU menu, HINSTANCE instance, LPVOID parameter);
+LRESULT DefWindowProcA(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+BOOL DestroyWindow(HWND window);
+BOOL IsWindow(HWND window);
+BOOL IsWindowVisible(HWND window);
+BOOL IsWindowEnabled(HWND window);
+BOOL ShowWindow(HWND window, int command);
+BOOL UpdateWindow(HWND window);
+BOOL EnableWindow(HWND window, BOOL enable);
+// SWP_NOSIZE, SWP_NOMOVE and SWP_NOZORDER; the window goes to the top of its siblings unless the last is given.
+BOOL SetWindowPos(HWND window, HWND after, int x, int y, int width, int height, UINT flags);
+BOOL GetWindowRect(HWND window, RECT* rect);
+BOOL GetClientRect(HWND window, RECT* rect);
+// Its rectangle is that of the primary screen, from 0,0.
+HWND GetDesktopWindow();
+HWND GetParent(HWND window);
+BOOL SetWindowTextA(HWND window, LPCSTR text);
+int GetWindowTextA(HWND window, LPSTR buffer, int size);
+HWND GetDlgItem(HWND dialog, int id);
+BOOL SetDlgItemTextA(HWND dialog, int id, LPCSTR text);
+
+LRESULT SendMessageA(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+BOOL PostMessageA(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+LRESULT SendDlgItemMessageA(HWND dialog, int id, UINT message, WPARAM wParam, LPARAM lParam);
+void PostQuitMessage(int exitCode);
+// No filters: window null and both limits 0.
+BOOL GetMessageA(MSG* message, HWND window, UINT first, UINT last);
+BOOL TranslateMessage(const MSG* message);
+LRESULT DispatchMessageA(const MSG* message);
+HACCEL LoadAcceleratorsA(HINSTANCE instance, LPCSTR name);
+int TranslateAcceleratorA(HWND window, HACCEL table, MSG* message);
+
+HDC BeginPaint(HWND window, PAINTSTRUCT* paint);
+BOOL EndPaint(HWND window, const PAINTSTRUCT* paint);
+BOOL InvalidateRect(HWND window, const RECT* rect, BOOL erase);
+
+// No timer procedure; periods below 10 ms count as 10.
+UINT_PTR SetTimer(HWND window, UINT_PTR id, UINT milliseconds, TIMERPROC procedure);
+BOOL KillTimer(HWND window, UINT_PTR id);
+
+HWND CreateDialogParamA(HINSTANCE instance, LPCSTR name, HWND parent, DLGPROC procedure, LPARAM parameter);
+
+int LoadStringA(HINSTANCE instance, UINT id, LPSTR buffer, int size);
+HICON LoadIconA(HINSTANCE instance, LPCSTR name);
+HMENU LoadMenuA(HINSTANCE instance, LPCSTR name);
+HMENU GetMenu(HWND window);
+BOOL SetMenu(HWND window, HMENU menu);
+BOOL DestroyMenu(HMENU menu);
+BOOL DrawMenuBar(HWND window);
+DWORD CheckMenuItem(HMENU menu, UINT item, UINT check);
+BOOL EnableMenuItem(HMENU menu, UINT item, UINT enable);
+BOOL ModifyMenuA(HMENU menu, UINT item, UINT flags, UINT_PTR newId, LPCSTR text);
+BOOL HiliteMenuItem(HWND window, HMENU menu, UINT item, UINT hilite);
+BOOL SetMenuItemBitmaps(HMENU menu, UINT item, UINT flags, HBITMAP unchecked, HBITMAP checked);
+UINT GetMenuState(HMENU menu, UINT item, UINT flags);
+int GetMenuStringA(HMENU menu, UINT item, LPSTR buffer, int size, UINT flags);
+
+constexpr WORD MAKELANGID(WORD primary, WORD sub) {
+    return static_cast<WORD>(sub << 10 | primary);
+}
+constexpr LCID MAKELCID(LANGID language, WORD sort) {
+    return static_cast<LCID>(sort) << 16 | language;
+}
+constexpr WORD SORT_DEFAULT = 0;
+constexpr WORD SUBLANG_DEFAULT = 1;
+constexpr WORD LANG_CZECH = 0x05;
+constexpr WORD LANG_ENGLISH = 0x09;
+constexpr WORD LANG_POLISH = 0x15;
+constexpr WORD LANG_RUSSIAN = 0x19;
+constexpr WORD LANG_LITHUANIAN = 0x27;
+
+// The locale's code page, 1250 or 1251, is that of all texts given to and taken from windows and menus from now on. The
+// real desktop takes its own system locale's for those.
+BOOL SetThreadLocale(LCID locale);

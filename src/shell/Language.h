@@ -1,0 +1,29 @@
+// The languages: their files, menus and character sets.
+#pragma once
+
+#include "platform/Win32.h"
+
+// One language and what hangs on it.
+struct Language {
+    const char* code;  // LangCode, compared exactly
+    UINT menu;
+    UINT menuItem;
+    UINT tag;        // bitmap of the menu item while not chosen, 0 for none
+    UINT chosenTag;  // and while chosen
+    BYTE charSet;    // of the fonts
+    LCID locale;     // of the texts in controls
+};
+
+// The row of LangCode; a code that has none gets a row with the Polish menu.
+const Language& CurrentLanguage();
+
+// Fills LangTable from "Lang/Tarvex_lang.<LangCode>" under StartDirectory. The text of a line is what follows its last
+// "=" and the line's number, from 0, is its slot. Without the file the table keeps what it holds. A text is cut to 127
+// bytes and lines beyond the table are left out.
+void ReadLanguageFile();
+
+// Loads the language's menu into MainMenu and the window, and checks the language's item. The menu before it is freed.
+void LoadLanguageMenu();
+
+// Redraws the bar and gives the language items their tag bitmaps.
+void SetLanguageBitmaps();

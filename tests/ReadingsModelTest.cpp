@@ -1,0 +1,398 @@
+#include "readings/ReadingsModel.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "link/Link.h"
+#include "model/Blocks.h"
+#include "readings/GaugeTables.h"
+
+namespace {
+
+class Readings : public testing::Test {
+protected:
+    Readings() {
+        LiveBlock = {};
+        ParamBlockA = {};
+        ParamBlockB = {};
+        LinkLost = 0;
+        ControllerFamily = 2;
+        OnGas = LearnRunning = LearnRequested = UpperSegmentLit = BlinkPhase = 0;
+        StatusHold = BlinkTicks = EngineRPM = GaugeRPM = GaugeLimitRPM = DrawnAttBase = 0;
+    }
+};
+
+void PutPeriod(BYTE& low, BYTE& high, unsigned rpm) {
+    const unsigned period = rpm == 0 ? 0 : 15000000 / rpm;
+    low = static_cast<BYTE>(period & 0xFF);
+    high = static_cast<BYTE>(period >> 8);
+}
+
+void PutEngineSpeed(unsigned rpm) {
+    PutPeriod(LiveBlock[5], LiveBlock[6], rpm);
+}
+
+void PutLimit(unsigned rpm) {
+    PutPeriod(ParamBlockB[11], ParamBlockB[12], rpm);
+}
+
+// A status line as "-" for unwritten, "b" for blank, the number of its text, red with an "r".
+std::string Shown(const StatusLine& line) {
+    if (!line.written) {
+        return "-";
+    }
+    const std::string text = line.line == BlankLine ? "b" : std::to_string(line.line);
+    return line.red ? text + "r" : text;
+}
+
+std::string Shown(const ReadingsModel& model) {
+    std::string panel;
+    for (const StatusLine& line : model.StatusLines) {
+        panel += Shown(line) + " ";
+    }
+    const char* fuel = model.FuelBox == Fuel::Gas ? "gas" : "petrol";
+    return panel + (model.FuelBox == Fuel::Unwritten ? "unwritten" : fuel);
+}
+
+}  // namespace
+
+TEST_F(Readings, LambdaBySensorType) {
+    struct Row {
+        int sensor;
+        BYTE raw;
+        const char* text;
+        int bar;
+    };
+    for (const Row& row :
+         {Row{0, 255, "4.99", 255}, Row{0, 51, "0.99", 255}, Row{0, 50, "0.98", 250}, Row{1, 127, "2.48", 127},
+          Row{2, 255, "4.99", 255}, Row{3, 0, "5.00", 0}, Row{4, 255, "0.00", 255}, Row{5, 60, "1.17", 60}}) {
+        ParamBlockA[2] = static_cast<BYTE>(row.sensor << 4);
+        LiveBlock[2] = row.raw;
+        const ReadingsModel model = EvaluateReadings();
+        EXPECT_STREQ(model.LambdaText.data(), row.text) << row.sensor;
+        EXPECT_EQ(model.LambdaBarPos, row.bar) << row.sensor;
+    }
+    const std::array colours{Colour::Yellow, Colour::DarkGreen, Colour::Yellow, Colour::Yellow,
+                             Colour::Red,    Colour::Yellow,    Colour::Yellow, Colour::Yellow};
+    for (std::size_t mixture = 0; mixture < colours.size(); ++mixture) {
+        LiveBlock[7] = static_cast<BYTE>(0xF8 | mixture);
+        EXPECT_EQ(EvaluateReadings().LambdaBarColour, colours[mixture]) << mixture;
+    }
+}
+
+TEST_F(Readings, ThrottleByNibbleAndType) {
+    for (int nibble = 0; nibble < 16; ++nibble) {
+        LiveBlock[7] = static_cast<BYTE>(nibble << 4);
+        const int segment = nibble == 1 ? 1 : nibble == 2 ? 2 : nibble == 4 ? 3 : nibble == 8 ? 4 : 0;
+        EXPECT_EQ(EvaluateReadings().TpsSegment, segment) << nibble;
+        EXPECT_EQ(UpperSegmentLit, segment >= 2 ? 1 : 0) << nibble;
+    }
+    LiveBlock[1] = 127;
+    for (int type = 0; type < 16; ++type) {
+        ParamBlockA[2] = static_cast<BYTE>(type);
+        const bool none = type == 2 || type == 3;
+        const bool isSwitch = type == 6 || type == 7;
+        LiveBlock[7] = 0xE0;
+        const char* clear = none ? "_.__" : isSwitch ? " ON" : type == 1 ? "2.51" : "2.48";
+        EXPECT_STREQ(EvaluateReadings().TpsText.data(), clear) << type;
+        LiveBlock[7] = 0x10;
+        EXPECT_STREQ(EvaluateReadings().TpsText.data(), isSwitch ? "OFF" : clear) << type;
+    }
+    for (const auto& [raw, text] : {std::pair{0, "0.02"}, {1, "0.04"}, {13, "0.28"}, {255, "5.12"}}) {
+        ParamBlockA[12] = static_cast<BYTE>(raw);
+        EXPECT_STREQ(EvaluateReadings().TpsInertText.data(), text) << raw;
+    }
+}
+
+TEST_F(Readings, ActuatorRangesAndJumpStayOnTheScale) {
+    struct Row {
+        int family;
+        BYTE base, max, min, maxIdle, minIdle, jump;
+        int driveLeft, driveRight, idleLeft, idleRight, jumpPos;
+    };
+    for (const Row& row :
+         {Row{2, 0, 0, 0, 0, 0, 0, 161, 161, 161, 161, 0}, Row{2, 10, 255, 255, 3, 4, 50, 161, 418, 167, 174, 50},
+          Row{4, 200, 20, 30, 255, 255, 50, 331, 381, 161, 418, 255},
+          Row{4, 99, 0, 0, 0, 0, 33, 260, 260, 260, 260, 131}, Row{2, 200, 0, 0, 0, 0, 50, 361, 361, 361, 361, 50}}) {
+        ControllerFamily = row.family;
+        LiveBlock[4] = row.base;
+        ParamBlockB[1] = row.max;
+        ParamBlockB[2] = row.min;
+        ParamBlockB[13] = row.maxIdle;
+        ParamBlockB[14] = row.minIdle;
+        ParamBlockB[4] = row.jump;
+        const ReadingsModel model = EvaluateReadings();
+        const std::array got{model.DriveRangeLeft, model.DriveRangeRight, model.IdleRangeLeft, model.IdleRangeRight,
+                             model.AttJumpPos};
+        EXPECT_EQ(got, (std::array{row.driveLeft, row.driveRight, row.idleLeft, row.idleRight, row.jumpPos}));
+    }
+    ParamBlockA[1] = 0x08;
+    EXPECT_TRUE(EvaluateReadings().AttJumpShown);
+    ParamBlockA[2] = 0x06;
+    EXPECT_FALSE(EvaluateReadings().AttJumpShown);
+    ParamBlockA[2] = 0x00;
+    ParamBlockA[1] = 0xF7;
+    EXPECT_FALSE(EvaluateReadings().AttJumpShown);
+
+    LiveBlock[3] = 7;
+    LiveBlock[4] = 40;
+    const ReadingsModel moved = EvaluateReadings();
+    EXPECT_STREQ(moved.AttText.data(), "007");
+    EXPECT_STREQ(moved.AttBaseText.data(), "040");
+    EXPECT_TRUE(moved.AttBaseMoved);
+    EXPECT_FALSE(EvaluateReadings().AttBaseMoved);
+}
+
+TEST_F(Readings, SpeedsAndTemperaturesAsTexts) {
+    for (const auto& [period, text] :
+         {std::pair{0u, "0000"}, {15000u, "1000"}, {1666u, "9000"}, {1215u, "1235"}, {1u, "1500"}, {0xFF12u, "0000"}}) {
+        LiveBlock[5] = static_cast<BYTE>(period & 0xFF);
+        LiveBlock[6] = static_cast<BYTE>(period >> 8);
+        EXPECT_STREQ(EvaluateReadings().RpmText.data(), text) << period;
+    }
+    PutPeriod(ParamBlockB[8], ParamBlockB[9], 1200);
+    PutPeriod(ParamBlockB[5], ParamBlockB[6], 2300);
+    PutLimit(6500);
+    LiveBlock[9] = 255;
+    ParamBlockA[11] = 255;
+    const ReadingsModel off = EvaluateReadings();
+    EXPECT_STREQ(off.CutOffText.data(), "1200");
+    EXPECT_STREQ(off.LPGOnText.data(), "2300");
+    EXPECT_STREQ(off.LPGOffText.data(), "6500");
+    EXPECT_STREQ(off.TempNowText.data(), "110");
+    EXPECT_STREQ(off.LPGOnTempText.data(), "10");
+    for (const auto& [options, cutOff, lpgOff, temperature] :
+         {std::tuple{0x9D, Colour::Grey, Colour::Grey, Colour::Grey},
+          {0x20, Colour::Black, Colour::Grey, Colour::Grey},
+          {0x40, Colour::Grey, Colour::Black, Colour::Grey},
+          {0x02, Colour::Grey, Colour::Grey, Colour::Black}}) {
+        ParamBlockA[1] = static_cast<BYTE>(options);
+        const ReadingsModel model = EvaluateReadings();
+        EXPECT_EQ(model.CutOffColour, cutOff) << options;
+        EXPECT_EQ(model.LPGOffColour, lpgOff) << options;
+        EXPECT_EQ(model.LPGOnTempColour, temperature) << options;
+    }
+}
+
+TEST_F(Readings, GaugeIsRedrawnForWhatItShows) {
+    EXPECT_FALSE(EvaluateReadings().GaugeDueForSpeed);
+    PutEngineSpeed(3000);
+    PutLimit(6500);
+    const ReadingsModel both = EvaluateReadings();
+    EXPECT_TRUE(both.GaugeDueForSpeed);
+    EXPECT_TRUE(both.GaugeDueForLimit);
+    EXPECT_EQ(both.GaugeLimitBefore, 0u);
+    EXPECT_EQ(GaugeLimitRPM, 6500u);
+
+    ParamBlockA[1] = 0x40;
+    const ReadingsModel same = EvaluateReadings();
+    EXPECT_FALSE(same.GaugeDueForSpeed);
+    EXPECT_FALSE(same.GaugeDueForLimit);
+    // The oscilloscope keeps EngineRPM too; what counts is what the gauge was drawn with.
+    EngineRPM = 5000;
+    EXPECT_FALSE(EvaluateReadings().GaugeDueForSpeed);
+    PutEngineSpeed(3050);
+    const ReadingsModel speed = EvaluateReadings();
+    EXPECT_TRUE(speed.GaugeDueForSpeed);
+    EXPECT_FALSE(speed.GaugeDueForLimit);
+    EXPECT_EQ(speed.GaugeLimitBefore, 6500u);
+
+    for (unsigned i = 0; i < ShortTicks; ++i) {
+        EXPECT_EQ(GaugeTickRed(i, LongTickRpm, 6500), i >= 7) << i;
+        EXPECT_EQ(GaugeTickRed(i, ShortTickRpm, 6500), i >= 33) << i;
+    }
+    ParamBlockA[1] = 0xBF;
+    EXPECT_FALSE(GaugeTickRed(40, ShortTickRpm, 6500));
+}
+
+TEST_F(Readings, LabelsTakeThePreviousFuelAndThisByte) {
+    LiveBlock[7] = 0x08;
+    LiveBlock[8] = 0x01;
+    EXPECT_EQ(EvaluateReadings().LpgOnLabelColour, Colour::Black);
+    EXPECT_EQ(EvaluateReadings().LpgOnLabelColour, Colour::DarkGreen);
+    LiveBlock[8] = 0x04;
+    const ReadingsModel off = EvaluateReadings();
+    EXPECT_EQ(off.LpgOnLabelColour, Colour::DarkGreen);
+    EXPECT_EQ(off.LpgOffLabelColour, Colour::Red);
+    EXPECT_EQ(off.CutOffLabelColour, Colour::Black);
+    LiveBlock[8] = 0x08;
+    EXPECT_EQ(EvaluateReadings().CutOffLabelColour, Colour::Red);
+}
+
+TEST_F(Readings, StatusPanelRowByRow) {
+    struct Row {
+        const char* name;
+        int lost, family;
+        BYTE state, gas, emul, options;
+        int requested;
+        const char* panel;
+        int onGas, running, requestedAfter;
+    };
+    constexpr BYTE on = 0x08;
+    constexpr BYTE upper = 0x28;
+    constexpr BYTE full = 0x80;
+    // OnGas and LearnRunning start at 1, the speed is 2500 RPM against a switch-over at 2000.
+    const std::array rows{
+        Row{"lost wins", 1, 3, 0, 0xFF, full, 0, 1, "30r b 31 b b petrol", 0, 1, 1},
+        Row{"unknown family", 0, 3, 0, 0, full, 0, 1, "29r b b b b unwritten", 1, 1, 1},
+        Row{"no identity yet", 0, 1, on, 1, 0, 0, 1, "29r b b b b unwritten", 1, 1, 1},
+        Row{"engine off", 0, 4, 0xF7, 1, full, 0, 1, "12 b 28r b b petrol", 0, 1, 1},
+        Row{"short, gas", 0, 2, on, 1, 0x7F, 0, 1, "13 b b b b gas", 1, 1, 1},
+        Row{"short, petrol", 0, 2, on, 0xFE, 0, 0, 1, "12 b 27r b b petrol", 0, 1, 1},
+        Row{"learning", 0, 4, upper, 0x03, full, 0, 1, "13 - b - 16 gas", 1, 1, 1},
+        Row{"learning, throttle closed", 0, 2, on, 0x06, full, 0, 0, "12 - b - 17r petrol", 0, 1, 0},
+        Row{"result failed", 0, 2, on, 0xE1, full, 0, 1, "13 b b b 18r gas", 1, 0, 0},
+        Row{"result pending", 0, 2, on, 0xF1, full, 0, 1, "13 b b b 19r gas", 1, 0, 1},
+        Row{"result done", 0, 2, on, 0xD1, full, 0, 1, "13 b b b 20r gas", 1, 0, 0},
+        Row{"result of another's learning", 0, 2, on, 0xD1, full, 0, 0, "13 b b b - gas", 1, 0, 0},
+        Row{"off, warm", 0, 2, on, 0x84, full, 0, 0, "12 - 21r b - petrol", 0, 0, 0},
+        Row{"off, cold", 0, 2, on, 0x44, full, 0, 0, "12 - 21r 22r - petrol", 0, 0, 0},
+        Row{"result while off", 0, 2, on, 0x94, full, 0, 1, "12 - 21r b 20r petrol", 0, 0, 0},
+        Row{"cold", 0, 2, on, 0x40, full, 0, 0, "12 - 24 22r - petrol", 0, 0, 0},
+        Row{"cold and slow", 0, 2, on, 0x00, full, 0, 0, "12 - 24 22r - petrol", 0, 0, 0},
+        Row{"speed too high", 0, 2, on, 0x80, full, 0xEF, 0, "12 - 24 26r - petrol", 0, 0, 0},
+        Row{"speed, rising choice", 0, 2, on, 0x80, full, 0x10, 0, "12 - 24 25r - petrol", 0, 0, 0},
+        Row{"cut-off", 0, 2, on, 0xC9, full, 0, 0, "13 b - b 23r gas", 1, 0, 0},
+        Row{"ready", 0, 2, on, 0xC1, full, 0, 0, "13 b b b - gas", 1, 0, 0},
+    };
+    PutEngineSpeed(2500);
+    PutPeriod(ParamBlockB[5], ParamBlockB[6], 2000);
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        LinkLost = row.lost;
+        ControllerFamily = row.family;
+        LiveBlock[7] = row.state;
+        LiveBlock[8] = row.gas;
+        ParamBlockA[5] = row.emul;
+        ParamBlockA[1] = row.options;
+        LearnRequested = row.requested;
+        OnGas = LearnRunning = 1;
+        StatusHold = 0;
+        EXPECT_EQ(Shown(EvaluateReadings()), row.panel);
+        EXPECT_EQ(OnGas, row.onGas);
+        EXPECT_EQ(LearnRunning, row.running);
+        EXPECT_EQ(LearnRequested, row.requestedAfter);
+    }
+
+    LiveBlock[8] = 0x80;
+    ParamBlockA[1] = 0;
+    PutEngineSpeed(2000);
+    EXPECT_EQ(Shown(EvaluateReadings()), "12 - 24 25r - petrol") << "at the switch-over speed";
+}
+
+TEST_F(Readings, LastLineIsHeldForSixtyEvaluations) {
+    LiveBlock[7] = 0x08;
+    LiveBlock[8] = 0xD1;
+    ParamBlockA[5] = 0x80;
+    StatusHold = 44;
+    LearnRequested = 1;
+    EXPECT_EQ(Shown(EvaluateReadings().StatusLines[4]), "20r");
+    EXPECT_EQ(StatusHold, 1u);
+    for (int i = 2; i <= 60; ++i) {
+        ASSERT_EQ(Shown(EvaluateReadings().StatusLines[4]), "-") << i;
+    }
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(Shown(EvaluateReadings().StatusLines[4]), "b");
+        EXPECT_EQ(StatusHold, 60u);
+    }
+    StatusHold = 5;
+    LiveBlock[8] = 0xC9;
+    EvaluateReadings();
+    EXPECT_EQ(StatusHold, 5u);
+}
+
+TEST_F(Readings, LampBlinksOnEverySecondEvaluationOfLearning) {
+    const std::vector blink{Colour::Olive, Colour::Yellow, Colour::Yellow,
+                            Colour::Olive, Colour::Olive,  Colour::Yellow};
+    const auto lamps = [] {
+        std::vector<Colour> seen;
+        while (seen.size() < 6) {
+            seen.push_back(EvaluateReadings().LearnLamp);
+        }
+        return seen;
+    };
+    LiveBlock[8] = 0x02;
+    ParamBlockA[5] = 0x80;
+    LiveBlock[7] = 0x08;
+    EXPECT_EQ(lamps(), std::vector(6, Colour::Yellow));
+    LiveBlock[7] = 0x48;
+    BlinkPhase = 0;
+    EXPECT_EQ(lamps(), blink);
+    // Without the long form nobody tells that learning has ended.
+    ParamBlockA[5] = 0;
+    BlinkPhase = 0;
+    EXPECT_EQ(lamps(), blink);
+    ParamBlockA[5] = 0x80;
+    LiveBlock[8] = 0;
+    EXPECT_EQ(lamps(), std::vector(6, Colour::Olive));
+}
+
+TEST_F(Readings, EveryByteHasAResult) {
+    const auto check = [](const char* what, int value) {
+        const ReadingsModel model = EvaluateReadings();
+        const std::size_t tps = model.TpsType == 6 || model.TpsType == 7 ? 3 : 4;
+        EXPECT_EQ(std::strlen(model.LambdaText.data()), 4u) << what << value;
+        EXPECT_EQ(std::strlen(model.TpsText.data()), tps) << what << value;
+        EXPECT_EQ(std::strlen(model.AttText.data()), 3u) << what << value;
+        EXPECT_EQ(std::strlen(model.RpmText.data()), 4u) << what << value;
+        EXPECT_EQ(std::strlen(model.TempNowText.data()), 3u) << what << value;
+        EXPECT_EQ(std::strlen(model.LPGOnTempText.data()), 2u) << what << value;
+        EXPECT_TRUE(model.LambdaBarPos >= 0 && model.LambdaBarPos <= 255) << what << value;
+        EXPECT_TRUE(model.AttJumpPos >= 0 && model.AttJumpPos <= 255) << what << value;
+        EXPECT_LE(GaugeIndex(EngineRPM), 160u) << what << value;
+    };
+    for (int value = 0; value < 256; ++value) {
+        for (std::size_t byte = 0; byte < LiveBlock.size(); ++byte) {
+            LiveBlock = {};
+            LiveBlock[byte] = static_cast<BYTE>(value);
+            check("one live byte ", value);
+        }
+        ControllerFamily = value % 8 + 1;
+        LiveBlock.fill(static_cast<BYTE>(value));
+        ParamBlockA.fill(static_cast<BYTE>(255 - value));
+        ParamBlockB.fill(static_cast<BYTE>(value));
+        check("all bytes ", value);
+        ParamBlockA = {};
+    }
+}
+
+TEST_F(Readings, GaugePointsLieOnTheirArcs) {
+    BuildGaugeTables();
+    struct Row {
+        std::size_t index;
+        std::array<int, 8> points;
+    };
+    // Needle tip, outer tick end, inner end of the long tick, needle base.
+    for (const Row& row :
+         {Row{0, {30, 187, 23, 192, 35, 185, 113, 140}}, Row{20, {15, 130, 6, 130, 20, 130, 110, 130}},
+          Row{80, {130, 15, 130, 6, 130, 20, 130, 110}}, Row{140, {245, 130, 254, 130, 240, 130, 150, 130}},
+          Row{160, {230, 187, 237, 192, 225, 185, 147, 140}}}) {
+        const std::size_t i = row.index;
+        const std::array<int, 8> got{NeedleTipX[i],     NeedleTipY[i],     TickOuterX[i],  TickOuterY[i],
+                                     LongTickX[i / 20], LongTickY[i / 20], NeedleBaseX[i], NeedleBaseY[i]};
+        EXPECT_EQ(got, row.points) << i;
+    }
+    EXPECT_EQ((std::array{NeedleTipX[50], NeedleTipY[50], NeedleTipX[110], NeedleTipY[110]}),
+              (std::array{49, 48, 211, 48}));
+    EXPECT_EQ((std::array{TickOuterX[50], TickOuterY[50], NeedleBaseX[1], NeedleBaseY[1]}),
+              (std::array{42, 43, 113, 140}));
+    for (std::size_t i = 0; i < GaugePoints; ++i) {
+        for (const auto& [x, y] :
+             {std::pair{&NeedleTipX, &NeedleTipY}, {&NeedleBaseX, &NeedleBaseY}, {&TickOuterX, &TickOuterY}}) {
+            EXPECT_EQ((*x)[i] + (*x)[160 - i], 260) << i;
+            EXPECT_EQ((*y)[i], (*y)[160 - i]) << i;
+        }
+    }
+    for (std::size_t i = 0; i < ShortTicks; ++i) {
+        EXPECT_EQ(ShortTickX[i], NeedleTipX[4 * i]);
+        EXPECT_EQ(ShortTickY[i], NeedleTipY[4 * i]);
+    }
+    for (const auto& [rpm, index] :
+         {std::pair{0u, 0u}, {1000u, 20u}, {7950u, 159u}, {8000u, 160u}, {15000000u, 160u}}) {
+        EXPECT_EQ(GaugeIndex(rpm), index) << rpm;
+    }
+}

@@ -1,0 +1,643 @@
+#include "simulator/CommandLine.h"
+#include "simulator/Console.h"
+#include "simulator/Simulator.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <bit>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <sstream>
+
+using namespace simulator;
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr double Patience = 10;  // seconds; only a failing test waits so long
+
+Bytes Hex(const std::string& text) {
+    Bytes bytes;
+    std::istringstream stream(text);
+    for (unsigned value; stream >> std::hex >> value;) {
+        bytes.push_back(static_cast<std::uint8_t>(value));
+    }
+    return bytes;
+}
+
+Config Of(int family, Scenario scenario = Scenario::Idle) {
+    Config config;
+    config.family = family;
+    config.scenario = scenario;
+    config.wirePace = false;
+    return config;
+}
+
+Bytes Write(Controller& controller, int wireNumber, int value) {
+    Bytes frame{Marker, static_cast<std::uint8_t>(wireNumber), static_cast<std::uint8_t>(value)};
+    Seal(frame);
+    return controller.exchange(frame);
+}
+
+int OnGas(const Controller& controller) {
+    return controller.block(2)[8] & 0x01;
+}
+
+double SecondsUntil(Controller& controller, double most, auto&& condition) {
+    double waited = 0;
+    while (waited < most && !condition()) {
+        controller.step(0.1);
+        waited += 0.1;
+    }
+    return waited;
+}
+
+// A warm engine on gas whose mixture has found its neutral point, turned by hand.
+void Settle(Controller& controller, double rpm, double throttle) {
+    controller.driver.rpm = rpm;
+    controller.driver.throttle = throttle;
+    controller.step(25);
+    ASSERT_TRUE(OnGas(controller));
+}
+
+class Line {
+public:
+    explicit Line(const std::string& path) : handle(::open(path.c_str(), O_RDWR | O_NOCTTY)) {
+    }
+    ~Line() {
+        ::close(handle);
+    }
+
+    bool waitReadable() const {
+        pollfd wanted{handle, POLLIN, 0};
+        return ::poll(&wanted, 1, static_cast<int>(Patience * 1000)) == 1;
+    }
+    Bytes ask(const Bytes& request, std::size_t length) const {
+        EXPECT_EQ(::write(handle, request.data(), request.size()), static_cast<ssize_t>(request.size()));
+        Bytes reply;
+        std::uint8_t byte;
+        while (reply.size() < length && waitReadable() && ::read(handle, &byte, 1) == 1) {
+            reply.push_back(byte);
+        }
+        return reply;
+    }
+    bool hungUp() const {
+        pollfd wanted{handle, 0, 0};
+        return ::poll(&wanted, 1, static_cast<int>(Patience * 1000)) == 1 && (wanted.revents & POLLHUP) != 0;
+    }
+
+    const int handle;
+};
+
+std::string LinkPath() {
+    return (fs::temp_directory_path() / ("simulator-test-" + std::to_string(::getpid())) / "COM1").string();
+}
+
+const Bytes AskIdentity = Hex("65 01 01 67");
+const Bytes AskLive = Hex("65 02 02 69");
+
+}  // namespace
+
+TEST(Simulator, TellsFamilyAndFirmwareAndNothingElseForAForeignFamily) {
+    Config config = Of(2);
+    config.firmware = 3;
+    EXPECT_EQ(Controller(config).exchange(AskIdentity), Hex("65 00 23 88"));
+    EXPECT_EQ(Controller(Of(4)).exchange(AskIdentity), Hex("65 00 65 CA"));
+    Controller foreign(Of(7));
+    EXPECT_EQ(foreign.exchange(AskIdentity), Hex("65 00 C5 2A"));
+    EXPECT_EQ(foreign.exchange(AskLive), Bytes());
+    EXPECT_EQ(Write(foreign, 7, 7), Bytes());
+}
+
+TEST(Simulator, WritesEveryCellAndReadsItBackInItsBlockByte) {
+    Controller second(Of(2));
+    Controller fourth(Of(4));
+    for (int cell = 5; cell <= 49; ++cell) {
+        if (cell == 30) {
+            continue;
+        }
+        Bytes echo{0x65, static_cast<std::uint8_t>(cell), static_cast<std::uint8_t>(0x65 + cell)};
+        EXPECT_EQ(Write(second, cell, cell), cell <= 33 ? echo : Bytes()) << cell;
+        EXPECT_EQ(Write(fourth, cell + 1, cell), echo) << cell;
+    }
+    EXPECT_EQ(second.exchange(Hex("65 03 03 6B")), Hex("65 05 06 07 08 09 0A 0B 0C 0D 0E 0F 1D 21 11"));
+    EXPECT_EQ(fourth.exchange(Hex("65 03 03 6B")), Hex("65 05 06 07 08 09 0A 0B 25 00 0E 0F 1D FC"));
+    Bytes blockB = Hex("65 10 11 13 14 15 16 17 18 19 1A 1B 1C 1F 20 B0");
+    EXPECT_EQ(second.exchange(Hex("65 04 04 6D")), blockB);
+    EXPECT_EQ(fourth.exchange(Hex("65 04 04 6D")), blockB);
+    EXPECT_EQ(fourth.exchange(Hex("65 05 05 6F")),
+              Hex("65 21 22 23 24 04 0C 0D 31 26 27 28 29 2A 2B 2C 2D 2E 2F 30 16"));
+    EXPECT_EQ(fourth.exchange(AskLive)[4], 18);
+    EXPECT_EQ(fourth.exchange(AskLive).size(), 11U);
+}
+
+TEST(Simulator, TakesTheSameBytesAsWriteOrReadByFamily) {
+    Controller second(Of(2));
+    EXPECT_EQ(second.exchange(Hex("65 05 05 6F")), Hex("65 05 6A"));
+    EXPECT_EQ(second.cells.get(Options), 5);
+    EXPECT_EQ(second.exchange(Hex("65 06 06 71")), Hex("65 06 6B"));
+    Controller fourth(Of(4));
+    EXPECT_EQ(fourth.exchange(Hex("65 05 05 6F")).size(), 21U);
+    EXPECT_EQ(fourth.exchange(Hex("65 06 06 71")), Hex("65 06 6B"));
+    EXPECT_EQ(fourth.cells.get(Options), 6);
+}
+
+TEST(Simulator, IgnoresBadRequestsAndFindsTheNextGoodOne) {
+    Controller controller(Of(4));
+    Bytes identity = controller.block(1);
+    std::uint8_t options = controller.cells.get(Options);
+    EXPECT_EQ(controller.exchange(Hex("65 06 01 6D")), Bytes());  // wrong sum
+    EXPECT_EQ(controller.cells.get(Options), options);
+    EXPECT_EQ(controller.exchange(Hex("65 01 02 68")), Bytes());  // neither read nor cell
+    EXPECT_EQ(controller.exchange(Hex("65 33 01 99")), Bytes());  // beyond the last cell
+    EXPECT_EQ(controller.exchange(Hex("00 FF 01 65 01 01 67")), identity);
+    EXPECT_EQ(controller.exchange(Hex("65 01 65 01 01 67")), identity);
+    EXPECT_EQ(controller.exchange(Hex("65 01 01 67 65 01 01 67")).size(), 8U);
+
+    Bytes start = Hex("65 01");
+    EXPECT_TRUE(controller.receive(start, 100).empty());
+    EXPECT_EQ(controller.receive(AskIdentity, 100.03).at(0).reply, identity) << "after a pause a new request begins";
+    EXPECT_TRUE(controller.receive(start, 101).empty());
+    EXPECT_FALSE(controller.receive(AskIdentity, 101.005).at(0).request.good);
+}
+
+TEST(Simulator, ResetsRestoreFactoryValuesAndLeaveTheInstallationAlone) {
+    for (int family : {2, 4}) {
+        Controller fresh(Of(family));
+        Controller controller(Of(family));
+        int offset = family == 4 ? 1 : 0;
+        for (int cell = 5; cell <= 37; ++cell) {
+            if (cell != 30) {
+                Write(controller, cell + offset, 1);
+            }
+        }
+        Write(controller, 42 + offset, 'Z');
+        Write(controller, 30 + offset, 52);
+        EXPECT_EQ(controller.cells.get(Prog1), family == 4 ? 40 : 1);
+        EXPECT_EQ(controller.cells.get(Prog4), family == 4 ? 210 : 0);
+        EXPECT_EQ(controller.cells.get(AttMax), 1);
+        EXPECT_EQ(controller.cells.get(WOZG), family == 4 ? 1 : 0);
+        EXPECT_EQ(Write(controller, 30 + offset, 51), Hex("65 33 98"));
+        for (int command : {3, 4}) {
+            EXPECT_EQ(controller.block(command), fresh.block(command)) << family;
+        }
+        EXPECT_EQ(controller.cells.get(AttInit), fresh.cells.get(AttInit));
+        EXPECT_EQ(controller.cells.get(Registration), family == 4 ? 'Z' : 0);
+        Bytes reset = family == 4 ? Hex("65 1F 33 B7") : Hex("65 1E 33 B6");
+        EXPECT_EQ(controller.receive(reset, 100).at(0).workSeconds > 0.22, family == 2);
+    }
+}
+
+TEST(Simulator, SwitchesToGasWhenSpeedAndTemperatureAllowIt) {
+    Controller controller(Of(4, Scenario::Cold));
+    controller.driver.rpm = 2600;
+    controller.step(5);
+    controller.driver.rpm = 1500;
+    controller.step(5);
+    EXPECT_EQ(controller.block(2)[8] & 0xC1, 0x40) << "fast enough and slow again, but cold";
+    controller.engine.heldTemperature = 40;
+    controller.step(0.3);
+    EXPECT_FALSE(OnGas(controller)) << "within InjectDelay";
+    controller.step(0.5);
+    EXPECT_EQ(controller.block(2)[8] & 0xC1, 0xC1);
+    EXPECT_EQ(controller.block(2)[9], 171);  // 40 degrees
+
+    Controller uncaring(Of(4, Scenario::Cold));
+    uncaring.cells.set(Options, 0);
+    uncaring.driver.rpm = 2600;
+    uncaring.step(10);
+    EXPECT_FALSE(OnGas(uncaring)) << "waits for the speed to fall";
+    uncaring.cells.set(Options, SwitchWhenRising);
+    uncaring.step(2);
+    EXPECT_TRUE(OnGas(uncaring));
+}
+
+TEST(Simulator, RunsAColdStartOnPetrolIntoADriveOnGas) {
+    Controller controller(Of(4, Scenario::Cycle));
+    controller.step(5);
+    EXPECT_FALSE(OnGas(controller));
+    EXPECT_LT(controller.engine.temperature(), 25);
+    int seen = 0;
+    int segments = 0;
+    for (int i = 0; i < 600; ++i) {
+        controller.step(0.1);
+        Bytes live = controller.block(2);
+        seen |= live[8];
+        segments |= live[7] & 0xF0;
+        EXPECT_TRUE(std::has_single_bit(static_cast<unsigned>(live[7] & 0xF0)));
+        EXPECT_TRUE(std::has_single_bit(static_cast<unsigned>(live[7] & 0x07)));
+        EXPECT_EQ(live[10], SumOf(std::span(live).first(10)));
+    }
+    EXPECT_EQ(seen, 0xCD);  // gas, over the limit, cut-off, both conditions
+    EXPECT_EQ(segments, 0xF0);
+}
+
+TEST(Simulator, CutsOffAndLeavesGasByItsParameters) {
+    Controller controller(Of(2));
+    Settle(controller, 3000, 0);
+    EXPECT_EQ(controller.block(2)[8] & 0x0D, 0x09);
+    EXPECT_EQ(controller.block(2)[3], 55);  // half of the base position 110
+    controller.cells.set(Options, controller.cells.get(Options) & ~CutOffOn);
+    controller.step(5);
+    EXPECT_EQ(controller.block(2)[8] & 0x0D, 0x01);
+
+    controller.driver.rpm = 7000;
+    controller.step(5);
+    EXPECT_EQ(controller.block(2)[8] & 0x05, 0x04);
+    controller.cells.set(Options, controller.cells.get(Options) & ~LimitOn);
+    controller.step(5);
+    EXPECT_EQ(controller.block(2)[8] & 0x05, 0x01);
+}
+
+TEST(Simulator, KeepsTheActuatorInItsRangeAndJumpsByThrottle) {
+    Controller controller(Of(4, Scenario::Cruise));
+    Settle(controller, 2500, 22);
+    EXPECT_GT(controller.block(2)[3], 115);
+    controller.cells.set(AttMax, 3);
+    controller.step(1);
+    EXPECT_EQ(controller.block(2)[3], 113);
+    controller.driver.throttle = 0;
+    controller.driver.rpm = 900;
+    controller.step(5);
+    EXPECT_GT(controller.block(2)[3], 113) << "at idle the other pair holds";
+
+    controller.cells.set(Options, controller.cells.get(Options) | JumpOn);
+    controller.driver.throttle = 80;  // 3.7 V, above the 3.0 V of TPSJump
+    controller.step(3);
+    EXPECT_EQ(controller.block(2)[3], 165);  // 110 and 50 percent
+    controller.cells.set(LambdaType, 1);
+    controller.cells.set(TPSJump, 20);  // mirrored: 4.6 V
+    controller.step(3);
+    EXPECT_LT(controller.block(2)[3], 165);
+    controller.cells.set(TPSJump, 100);  // 3.0 V
+    controller.step(3);
+    EXPECT_EQ(controller.block(2)[3], 165);
+    Controller second(Of(2, Scenario::Cruise));
+    Settle(second, 2500, 80);
+    second.cells.set(Options, second.cells.get(Options) | JumpOn);
+    second.step(3);
+    EXPECT_EQ(second.block(2)[3], 180);
+}
+
+TEST(Simulator, SwingsLambdaAroundThePointOfEachSensor) {
+    struct Case {
+        int type;
+        int point;
+        int neutral;  // raw signal at the point
+    };
+    for (Case sensor : {Case{0, 25, 26}, Case{1, 125, 128}, Case{2, 125, 128}, Case{3, 125, 128}, Case{4, 125, 128},
+                        Case{5, 60, 61}}) {
+        Controller controller(Of(4, Scenario::Cruise));
+        controller.cells.set(LambdaType, static_cast<std::uint8_t>(sensor.type << 4));
+        controller.cells.set(LambdaPoint, static_cast<std::uint8_t>(sensor.point));
+        Settle(controller, 2500, 22);
+        auto crossingsIn20Seconds = [&] {
+            int crossings = 0;
+            bool above = false;
+            for (int i = 0; i < 200; ++i) {
+                controller.step(0.1);
+                bool now = controller.block(2)[2] > sensor.neutral;
+                crossings += now != above;
+                above = now;
+            }
+            return crossings;
+        };
+        int onGas = crossingsIn20Seconds();
+        EXPECT_TRUE(onGas > 12 && onGas < 60) << sensor.type << ": " << onGas;
+        controller.gas.choice = FuelChoice::Petrol;
+        controller.cells.set(AttInit, 0);
+        controller.step(5);
+        EXPECT_GT(crossingsIn20Seconds(), 12) << "on petrol the actuator does not matter";
+    }
+}
+
+TEST(Simulator, ShowsTheThrottleByItsSensorType) {
+    Controller controller(Of(4));
+    std::set<int> segments;
+    for (int percent : {0, 20, 60, 100}) {
+        controller.driver.throttle = percent;
+        controller.step(1);
+        segments.insert(controller.block(2)[7] & 0xF0);
+    }
+    EXPECT_EQ(segments, (std::set<int>{0x10, 0x20, 0x40, 0x80}));
+    EXPECT_EQ(controller.block(2)[1], 230);  // 4.5 V
+    controller.cells.set(LambdaType, 1);
+    EXPECT_EQ(controller.block(2)[1], 26);  // 0.5 V
+    controller.cells.set(LambdaType, 6);
+    EXPECT_EQ(controller.block(2)[1], 0);
+}
+
+TEST(Simulator, LearnsTheBasePositionWithThrottleOnGas) {
+    Controller controller(Of(4, Scenario::Cruise));
+    controller.gas.choice = FuelChoice::Petrol;
+    controller.step(1);
+    EXPECT_EQ(Write(controller, 31, 50), Hex("65 32 97"));
+    EXPECT_EQ(controller.block(2)[8] & 0x02, 0) << "not on petrol";
+
+    controller.gas.choice = FuelChoice::Auto;
+    controller.step(15);
+    auto running = [&] { return (controller.block(2)[8] & 0x02) != 0; };
+    Write(controller, 31, 50);
+    EXPECT_TRUE(running());
+    EXPECT_LT(SecondsUntil(controller, 30, [&] { return !running(); }), LearnLimitSeconds);
+    EXPECT_EQ(controller.block(2)[8] & 0x30, 0x10);
+    EXPECT_GT(controller.block(2)[4], 115);
+
+    Write(controller, 31, 50);
+    Write(controller, 31, 50);
+    EXPECT_FALSE(running()) << "the same command stops it";
+
+    controller.driver.throttle = 0;
+    controller.driver.rpm = 900;
+    controller.step(3);
+    Write(controller, 31, 50);
+    EXPECT_GT(SecondsUntil(controller, 30, [&] { return !running(); }), LearnLimitSeconds - 1);
+    EXPECT_EQ(controller.block(2)[8] & 0x30, 0x00) << "nothing was learnt at idle";
+
+    controller.driver.throttle = 30;
+    controller.step(3);
+    Write(controller, 31, 50);
+    controller.step(2);
+    controller.driver.throttle = 0;
+    SecondsUntil(controller, 30, [&] { return !running(); });
+    EXPECT_EQ(controller.block(2)[8] & 0x30, 0x30) << "too little was";
+}
+
+TEST(Simulator, CountsGasAndItsTime) {
+    Controller controller(Of(4, Scenario::Cruise));
+    controller.cells.set(Minutes, 59);
+    controller.cells.set(HoursLo, 255);
+    controller.cells.set(HoursHi, 0);
+    double tank = controller.gas.tank;
+    controller.step(62);
+    EXPECT_EQ(controller.block(5)[8], 0);
+    EXPECT_EQ(controller.block(5)[9], 0);
+    EXPECT_EQ(controller.block(5)[10], 1);
+    EXPECT_LT(controller.gas.tank, tank);
+    controller.gas.tank = 0.4;  // a signal of 102, between the second and the third threshold
+    EXPECT_EQ(controller.block(5)[5], 2);
+    controller.cells.set(Prog3, 100);
+    EXPECT_EQ(controller.block(5)[5], 3);
+}
+
+TEST(Simulator, StandsStillWithIgnitionOffAndRepeatsARunBySeed) {
+    Controller off(Of(4, Scenario::Off));
+    off.step(3);
+    Bytes live = off.block(2);
+    EXPECT_EQ(live[5] & live[6], 0xFF);
+    EXPECT_EQ(live[7] & 0x08, 0);
+
+    Config config = Of(4, Scenario::Cycle);
+    Controller first(config);
+    Controller second(config);
+    config.seed = 2;
+    Controller other(config);
+    bool differs = false;
+    for (int i = 0; i < 100; ++i) {
+        first.step(0.5);
+        second.step(0.25);
+        second.step(0.25);
+        other.step(0.5);
+        EXPECT_EQ(first.block(2), second.block(2)) << i;
+        differs = differs || first.block(2) != other.block(2);
+    }
+    EXPECT_TRUE(differs);
+}
+
+TEST(Simulator, RampsEveryLiveByteByItsRule) {
+    Controller controller(Of(4, Scenario::Ramp));
+    EXPECT_EQ(controller.exchange(AskLive), Hex("65 00 20 40 60 FF FF 19 00 80 BC"));
+    controller.step(2.0);  // n = 20: 1000 RPM, period 15000
+    EXPECT_EQ(controller.exchange(AskLive), Hex("65 14 34 54 74 98 3A 4C 14 94 3B"));
+    controller.overrideLive(8, 0x81);
+    EXPECT_EQ(controller.block(2)[8], 0x81);
+}
+
+TEST(Simulator, FaultsDoWhatTheySay) {
+    const Bytes reply = Hex("65 32 97");
+    auto spoil = [&](const char* text, bool isWrite = true) {
+        return Faults(7, {*ParseFault(text)}).send(reply, isWrite);
+    };
+    auto values = [](const Transmission& sent) {
+        Bytes bytes;
+        for (const TimedByte& byte : sent.bytes) {
+            bytes.push_back(byte.value);
+        }
+        return bytes;
+    };
+    EXPECT_TRUE(spoil("silence").bytes.empty());
+    EXPECT_EQ(spoil("lost-byte").bytes.size(), 2U);
+    Bytes flipped = values(spoil("flipped-bit"));
+    int bits = 0;
+    for (std::size_t i = 0; i < reply.size(); ++i) {
+        bits += std::popcount(static_cast<unsigned>(flipped.at(i) ^ reply[i]));
+    }
+    EXPECT_EQ(bits, 1);
+    EXPECT_EQ(spoil("late").bytes[0].pauseBefore, LateSeconds);
+    EXPECT_EQ(spoil("split").bytes[1].pauseBefore, SplitSeconds);
+    EXPECT_EQ(values(spoil("split")), reply);
+    Bytes echo = values(spoil("wrong-echo"));
+    EXPECT_NE(echo[1], reply[1]);
+    EXPECT_EQ(echo[2], SumOf(std::span(echo).first(2)));
+    EXPECT_EQ(values(spoil("wrong-echo", false)), reply);
+    Transmission cut = spoil("hang-up");
+    EXPECT_TRUE(cut.hangUp && cut.bytes.size() == 1U);
+    Bytes garbage = values(spoil("garbage"));
+    EXPECT_EQ(garbage.size(), 3U);
+    EXPECT_NE(garbage[0], Marker);
+    EXPECT_EQ(spoil("endless").bytes.size(), 3U + 1920U);
+
+    Faults twice(1, {*ParseFault("silence=2")});
+    for (bool silent : {true, true, false}) {
+        EXPECT_EQ(twice.send(reply, false).bytes.empty(), silent);
+    }
+    Faults often(1, {*ParseFault("silence=0.25")});
+    int lost = 0;
+    for (int i = 0; i < 1000; ++i) {
+        lost += often.send(reply, false).bytes.empty();
+    }
+    EXPECT_NEAR(lost, 250, 50);
+    Faults mix(1, {*ParseFault("mix")});
+    std::set<std::size_t> lengths;
+    for (int i = 0; i < 60; ++i) {
+        lengths.insert(mix.send(reply, true).bytes.size());
+    }
+    EXPECT_EQ(lengths, (std::set<std::size_t>{0, 1, 2, 3, 1923}));
+    for (const char* wrong : {"", "quiet", "silence=", "silence=0", "silence=1.5", "silence=3x"}) {
+        EXPECT_FALSE(ParseFault(wrong)) << wrong;
+    }
+}
+
+TEST(Simulator, ReadsItsCommandLine) {
+    auto parse = [](std::vector<std::string> words) {
+        std::vector<char*> arguments;
+        words.insert(words.begin(), "tarvex-simulator");
+        for (std::string& word : words) {
+            arguments.push_back(word.data());
+        }
+        arguments.push_back(nullptr);
+        return ParseCommandLine(static_cast<int>(words.size()), arguments.data());
+    };
+    CommandLine line = parse({"--family=2", "--firmware", "31", "--pace=none", "--port=a/COM1", "--scenario=ramp",
+                              "--fault=late=3", "--fault=silence", "--seed=9", "--verbose"});
+    EXPECT_EQ(line.error, "");
+    EXPECT_EQ(line.config.family, 2);
+    EXPECT_EQ(line.config.firmware, 31);
+    EXPECT_EQ(line.config.portLink, "a/COM1");
+    EXPECT_EQ(line.config.scenario, Scenario::Ramp);
+    EXPECT_EQ(line.config.faults.size(), 2U);
+    EXPECT_EQ(line.config.seed, 9U);
+    EXPECT_TRUE(line.verbose && !line.config.wirePace && !line.help);
+    EXPECT_EQ(parse({"--family=9"}).error, "read option '--family=9': a family is a number from 1 to 8");
+    for (const char* wrong : {"--family=2x", "--firmware=32", "--pace=fast", "--port=", "--seed=-1", "--scenario=x",
+                              "--fault=late=-1", "--seed", "--nonsense", "--verbose=1", "word"}) {
+        EXPECT_NE(parse({wrong}).error, "") << wrong;
+    }
+}
+
+TEST(Simulator, AnswersOnItsDeviceAndLogsEveryFrame) {
+    Config config = Of(4, Scenario::Ramp);
+    config.portLink = LinkPath();
+    fs::create_directories(fs::path(config.portLink).parent_path());
+    fs::create_symlink("/nowhere", config.portLink);  // left behind by an earlier run
+    {
+        Server server(config);
+        EXPECT_EQ(fs::read_symlink(config.portLink), server.devicePath());
+        Line line(config.portLink);
+        termios settings{};
+        ::tcgetattr(line.handle, &settings);
+        ::cfsetspeed(&settings, B9600);
+        ::tcsetattr(line.handle, TCSANOW, &settings);
+        EXPECT_EQ(server.lineSpeed(), 9600);
+        EXPECT_EQ(line.ask(AskIdentity, 4), Hex("65 00 65 CA"));
+        EXPECT_EQ(line.ask(Hex("65 13 07 7F"), 3), Hex("65 07 6C"));
+        EXPECT_EQ(server.with([](Controller& controller) { return controller.cells.get(AttInit); }), 7);
+        line.ask(Hex("65 13 08 00"), 0);
+        ASSERT_TRUE(server.waitForFrames(3, Patience));
+        std::vector<LogEntry> log = server.log();
+        EXPECT_TRUE(log[0].request.good && !log[0].isWrite);
+        EXPECT_TRUE(log[1].isWrite);
+        EXPECT_EQ(log[1].reply, Hex("65 07 6C"));
+        EXPECT_FALSE(log[2].request.good);
+        EXPECT_TRUE(log[2].reply.empty());
+        server.clearLog();
+        EXPECT_TRUE(server.log().empty());
+    }
+    EXPECT_FALSE(fs::is_symlink(config.portLink));
+    std::ofstream(config.portLink) << "not a link";
+    EXPECT_THROW(Server{config}, std::system_error) << "a file in the way is not ours to remove";
+    fs::remove_all(fs::path(config.portLink).parent_path());
+}
+
+TEST(Simulator, IsNeverFasterThanTheWire) {
+    Config config = Of(4);
+    config.wirePace = true;
+    Server server(config);
+    Line line(server.devicePath());
+    auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(line.ask(AskIdentity, 4).size(), 4U);
+    EXPECT_EQ(line.ask(AskLive, 11).size(), 11U);
+    std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
+    EXPECT_GE(taken.count(), 23 * 10.0 / 9600);
+}
+
+TEST(Simulator, OutlivesAUserWhoNeverReads) {
+    Server server(Of(4));
+    Line line(server.devicePath());
+    constexpr std::size_t frames = 4500;  // whose replies are more than the device buffers
+    for (std::size_t i = 0; i < frames; ++i) {
+        line.ask(Hex("65 05 05 6F"), 0);
+    }
+    ASSERT_TRUE(server.waitForFrames(frames, Patience));
+    server.clearLog();
+    line.ask(AskLive, 0);
+    ASSERT_TRUE(server.waitForFrames(1, Patience));
+    // A logged reply has been sent, or lost for want of room.
+    ::tcflush(line.handle, TCIFLUSH);
+    EXPECT_EQ(line.ask(AskIdentity, 4), Hex("65 00 65 CA"));
+}
+
+TEST(Simulator, GoesAwayAndComesBackUnderTheSameLink) {
+    Config config = Of(4);
+    config.portLink = LinkPath();
+    Server server(config);
+    {
+        Line line(config.portLink);
+        server.unplug();
+        EXPECT_TRUE(line.hungUp());
+        EXPECT_FALSE(fs::exists(config.portLink));
+        EXPECT_EQ(server.devicePath(), "");
+        ASSERT_TRUE(server.replug());
+    }
+    {
+        Line line(config.portLink);
+        server.addFault(*ParseFault("late=1"));
+        line.ask(AskLive, 0);
+        ASSERT_TRUE(server.waitForFrames(1, Patience));
+        server.unplug();
+        ASSERT_TRUE(server.replug());
+    }
+    Line line(config.portLink);
+    EXPECT_EQ(line.ask(AskIdentity, 4), Hex("65 00 65 CA")) << "a reply that was under way is gone";
+    server.addFault(*ParseFault("hang-up=1"));
+    EXPECT_LT(line.ask(AskIdentity, 4).size(), 4U);
+    EXPECT_TRUE(line.hungUp());
+    ASSERT_TRUE(server.waitPlugged(Patience));
+    EXPECT_EQ(Line(config.portLink).ask(AskIdentity, 4).size(), 4U);
+    server.stop();
+    fs::remove_all(fs::path(config.portLink).parent_path());
+}
+
+TEST(Simulator, FreesAnExclusivePortWhenItsUserIsGone) {
+    Server server(Of(4));
+    {
+        Line user(server.devicePath());
+        ASSERT_EQ(::ioctl(user.handle, TIOCEXCL), 0);
+    }
+    int exclusive = 1;
+    auto giveUp = std::chrono::steady_clock::now() + std::chrono::duration<double>(Patience);
+    while (exclusive != 0 && std::chrono::steady_clock::now() < giveUp) {
+        Line next(server.devicePath());
+        if (::ioctl(next.handle, TIOCGEXCL, &exclusive) != 0) {
+            exclusive = 1;
+        }
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(exclusive, 0);
+}
+
+TEST(Simulator, ObeysTheConsole) {
+    Server server(Of(2, Scenario::Off));
+    auto run = [&](const char* line) { return RunConsoleCommand(server, line).text; };
+    EXPECT_EQ(run("set 18 99"), "");
+    EXPECT_EQ(run("live 9 200"), "");
+    EXPECT_EQ(run("start"), "");
+    EXPECT_EQ(run("throttle 40"), "");
+    EXPECT_EQ(run("gas"), "");
+    server.with([](Controller& controller) {
+        controller.step(5);
+        EXPECT_TRUE(OnGas(controller));
+        EXPECT_NEAR(controller.engine.rpm(), 900 + 55 * 40, 150);
+        EXPECT_EQ(controller.cells.get(AttInit), 99);
+        EXPECT_EQ(controller.block(2)[9], 200);
+    });
+    Line line(server.devicePath());
+    EXPECT_EQ(run("fault garbage 1"), "");
+    EXPECT_NE(line.ask(AskIdentity, 4), Hex("65 00 25 8A"));
+    EXPECT_EQ(line.ask(AskIdentity, 4), Hex("65 00 25 8A"));
+    for (const char* wrong :
+         {"set 34 1", "set 30 51", "set 5", "set 5 256", "temp hot", "fault", "live 10 0", "jump"}) {
+        EXPECT_NE(run(wrong), "") << wrong;
+    }
+    EXPECT_EQ(run("unplug"), "");
+    EXPECT_NE(run("show").find("unplugged"), std::string::npos);
+    EXPECT_TRUE(RunConsoleCommand(server, "quit").quit);
+}
