@@ -16,8 +16,8 @@ constexpr UINT_PTR PollTimer = 1;
 constexpr unsigned TicksPerParamRead = 4;
 constexpr int LearnStoppedLine = 32;
 
-void PlacePage(HWND window) {
-    SetWindowPos(window, nullptr, -5, -10, ProfileWidth, ProfileHeight, 0);
+void PaintPage(HWND window) {
+    PlaceReadingsPage(window);
     SetTimer(window, PollTimer, TimerPeriod, nullptr);
 }
 
@@ -39,7 +39,7 @@ INT_PTR CALLBACK ReadingsProc(HWND window, UINT message, WPARAM wParam, LPARAM l
         case WM_DESTROY:
             return 0;
         case WM_PAINT:
-            PlacePage(window);
+            PaintPage(window);
             return 0;
         case WM_COMMAND:
             if (LOWORD(wParam) == IDC_LEARN) {
@@ -53,6 +53,10 @@ INT_PTR CALLBACK ReadingsProc(HWND window, UINT message, WPARAM wParam, LPARAM l
             DefWindowProcA(window, message, wParam, lParam);
             return 0;
     }
+}
+
+void PlaceReadingsPage(HWND window) {
+    SetWindowPos(window, nullptr, -5, -10, ProfileWidth, ProfileHeight, 0);
 }
 
 void TickReadings() {

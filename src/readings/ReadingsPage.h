@@ -10,6 +10,9 @@ extern unsigned ParamTickCount;
 // The page's dialog procedure.
 INT_PTR CALLBACK ReadingsProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
+// Puts the page over the client area, a few pixels under its left and top edge, which centres the panels.
+void PlaceReadingsPage(HWND window);
+
 // One poll: the identity, the blocks that are due if the link serves, the evaluation, the timer. Nothing at all while a
 // pause flag is set.
 void TickReadings();

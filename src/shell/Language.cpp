@@ -5,8 +5,13 @@
 #include <cstdio>
 #include <string_view>
 
+#include "model/Text.h"
 #include "resources/Ids.h"
 #include "shell/AppState.h"
+#include "shell/Ini.h"
+#include "shell/Pages.h"
+#include "shell/Ports.h"
+#include "shell/SizeProfiles.h"
 
 namespace {
 
@@ -97,13 +102,24 @@ void ReadLanguageFile() {
     SetThreadLocale(CurrentLanguage().locale);
     SetCurrentDirectoryA(StartDirectory.data());
     std::array<char, 96> path{};
-    std::snprintf(path.data(), path.size(), "Lang/Tarvex_lang.%s", LangCode.data());
+    FormatText(path, "Lang/Tarvex_lang.%s", LangCode.data());
     std::FILE* file = std::fopen(path.data(), "r");
     if (!file) {
         return;
     }
     ReadLines(file);
     std::fclose(file);
+}
+
+void ChooseLanguage(UINT menuItem) {
+    const auto* chosen = std::ranges::find(Languages, menuItem, &Language::menuItem);
+    CopyText(LangCode, chosen->code);
+    WriteIni();
+    ReadLanguageFile();
+    ReloadPage();
+    LoadLanguageMenu();
+    MarkMenu();
+    HighlightPageItem();
 }
 
 void LoadLanguageMenu() {
@@ -132,4 +148,11 @@ void SetLanguageBitmaps() {
         }
         SetMenuItemBitmaps(MainMenu, row.menuItem, MF_BYCOMMAND, pair.plain, pair.chosen);
     }
+}
+
+void MarkMenu() {
+    SetLanguageBitmaps();
+    EnableSizeMenu(AllowedProfile);
+    CheckPortMenu(PortMenuCode);
+    ApplySizeProfile();
 }

@@ -6,6 +6,7 @@
 #include "readings/GaugeTables.h"
 #include "resources/Ids.h"
 #include "shell/AppState.h"
+#include "shell/Commands.h"
 #include "shell/Ini.h"
 #include "shell/Language.h"
 #include "shell/Pages.h"
@@ -41,14 +42,6 @@ void EnableSizesForDesktop() {
     EnableSizeMenu(ProfileForDesktop(DesktopRect.right, DesktopRect.bottom));
 }
 
-// A freshly loaded menu has none of the marks.
-void MarkMenu() {
-    SetLanguageBitmaps();
-    EnableSizeMenu(AllowedProfile);
-    CheckPortMenu(PortMenuCode);
-    ApplySizeProfile();
-}
-
 void StartMainWindow(HWND window) {
     MainWindow = window;
     MainMenu = GetMenu(window);
@@ -61,9 +54,7 @@ void StartMainWindow(HWND window) {
     ReadIni();
     UsePortNumber();
     ReadLanguageFile();
-    AppPage = ReadingsPage;
-    OpenPage();
-    ShowCaption();
+    OpenFirstPage();
     LoadLanguageMenu();
     MarkMenu();
 }
@@ -92,11 +83,6 @@ void PaintMainWindow() {
     EnableWindow(button, TRUE);
 }
 
-void CloseMainWindow() {
-    DestroyWindow(PageWindow);
-    DestroyWindow(MainWindow);
-}
-
 void EndMainWindow() {
     ClosePort();
     PostQuitMessage(0);
@@ -113,11 +99,7 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
             PaintMainWindow();
             return 0;
         case WM_COMMAND:
-            if (LOWORD(wParam) == IDM_EXIT) {
-                CloseMainWindow();
-                return 0;
-            }
-            return DefWindowProcA(window, message, wParam, lParam);
+            return RunCommand(LOWORD(wParam)) ? 0 : DefWindowProcA(window, message, wParam, lParam);
         case WM_EXITMENULOOP:
             HighlightPageItem();
             return 0;
@@ -148,6 +130,11 @@ bool CreateMainWindow(HINSTANCE instance) {
     const ResourceText title = LoadText(IDS_TITLE);
     return CreateWindowExA(0, className.data(), title.data(), WS_SYSMENU | WS_MINIMIZEBOX, 0, 0, FirstWidth,
                            FirstHeight, nullptr, nullptr, instance, nullptr) != nullptr;
+}
+
+void CloseMainWindow() {
+    DestroyWindow(PageWindow);
+    DestroyWindow(MainWindow);
 }
 
 int RunMessageLoop() {

@@ -7,10 +7,17 @@
 #include "readings/ReadingsPage.h"
 #include "resources/Ids.h"
 #include "shell/AppState.h"
+#include "shell/EmptyPage.h"
+#include "shell/SizeProfiles.h"
 
 namespace {
 
-void DrawReadingsPage() {
+constexpr size_t ProfileCount = 5;
+
+void Nothing() {
+}
+
+void RedrawReadings() {
     DrawReadingsFrame();
     UpdateReadings();
     HighlightPageItem();
@@ -18,53 +25,129 @@ void DrawReadingsPage() {
 
 struct PageRow {
     Page page;
-    UINT dialog;
-    DLGPROC procedure;
+    UINT menuItem;
+    std::array<UINT, ProfileCount> dialogs;  // by SizeProfile
     int captionLine;
-    void (*fill)();
-    void (*redraw)();
+    DLGPROC procedure;
+    void (*fill)();    // after each making of the window
+    void (*redraw)();  // in the paint of the main window
+    // A change of size or language makes the window anew; else it stays and `retext` renews its texts.
+    bool remade;
+    void (*retext)();
+    // The page also puts the main window back to its place when it is made.
+    bool placesMainWindow;
 };
 
-constexpr PageRow Pages[] = {
-    {ReadingsPage, IDD_READINGS, ReadingsProc, 175, DrawReadingsFrame, DrawReadingsPage},
-};
-
-const PageRow& CurrentPage() {
-    return *std::ranges::find(Pages, AppPage, &PageRow::page);
+constexpr std::array<UINT, ProfileCount> ForAllSizes(UINT dialog) {
+    return {dialog, dialog, dialog, dialog, dialog};
 }
 
-struct PageItem {
-    Page page;
-    UINT command;
+// In the order in which the highlight is taken off their menu items.
+constexpr PageRow Pages[] = {
+    {ReadingsPage, IDM_READINGS, ForAllSizes(IDD_READINGS), 175, ReadingsProc, DrawReadingsFrame, RedrawReadings, true,
+     Nothing, false},
+    {ConfigurationPage,
+     IDM_CONFIGURATION,
+     {IDD_CONFIGURATION1, IDD_CONFIGURATION2, IDD_CONFIGURATION3, IDD_CONFIGURATION4, IDD_CONFIGURATION5},
+     176,
+     EmptyPageProc,
+     Nothing,
+     Nothing,
+     true,
+     Nothing,
+     false},
+    {OptionsPage,
+     IDM_OPTIONS,
+     {IDD_OPTIONS1, IDD_OPTIONS2, IDD_OPTIONS3, IDD_OPTIONS4, IDD_OPTIONS5},
+     177,
+     EmptyPageProc,
+     Nothing,
+     Nothing,
+     true,
+     Nothing,
+     false},
+    {DiagramPage, IDM_DIAGRAM, ForAllSizes(IDD_DIAGRAM), 178, EmptyPageProc, Nothing, Nothing, true, Nothing, true},
+    {ResetPage, IDM_RESET, ForAllSizes(IDD_RESET), 179, EmptyPageProc, Nothing, PlaceEmptyPage, false, Nothing, false},
+    {OscilloscopePage, IDM_OSCILLOSCOPE, ForAllSizes(IDD_OSCILLOSCOPE), 180, ScopeStandInProc, Nothing, Nothing, true,
+     Nothing, false},
 };
 
-constexpr PageItem PageItems[] = {
-    {ReadingsPage, IDM_READINGS}, {ConfigurationPage, IDM_CONFIGURATION}, {OptionsPage, IDM_OPTIONS},
-    {DiagramPage, IDM_DIAGRAM},   {ResetPage, IDM_RESET},                 {OscilloscopePage, IDM_OSCILLOSCOPE},
-};
+const PageRow& RowOf(int page) {
+    return *std::ranges::find(Pages, page, &PageRow::page);
+}
 
-}  // namespace
+void CreatePage(const PageRow& row) {
+    const UINT dialog = row.dialogs[static_cast<size_t>(SizeProfile - 1)];
+    PageWindow = CreateDialogParamA(AppInstance, MAKEINTRESOURCEA(dialog), MainWindow, row.procedure, 0);
+}
 
-void OpenPage() {
-    const PageRow& row = CurrentPage();
-    PageWindow = CreateDialogParamA(AppInstance, MAKEINTRESOURCEA(row.dialog), MainWindow, row.procedure, 0);
-    // The Readings page lies under the borders of the client area by a few pixels, which centres its panels.
-    SetWindowPos(PageWindow, nullptr, -5, -10, ProfileWidth, ProfileHeight, 0);
+// The ending page's procedure may look at PageWindow, which never names a window that has gone.
+void MakePage(const PageRow& row) {
+    const HWND before = PageWindow;
+    PageWindow = nullptr;
+    DestroyWindow(before);
+    CreatePage(row);
     row.fill();
 }
 
-void ShowCaption() {
-    SetWindowTextA(MainWindow, LangTable[static_cast<size_t>(CurrentPage().captionLine)].data());
+void ShowCaption(const PageRow& row) {
+    SetWindowTextA(MainWindow, LangTable[static_cast<size_t>(row.captionLine)].data());
+}
+
+}  // namespace
+
+void OpenFirstPage() {
+    const PageRow& row = RowOf(ReadingsPage);
+    CreatePage(row);
+    PlaceReadingsPage(PageWindow);
+    row.fill();
+    AppPage = row.page;
+    ShowCaption(row);
+}
+
+void SwitchPage(int page) {
+    if (page != AppPage) {
+        const PageRow& row = RowOf(page);
+        MakePage(row);
+        AppPage = row.page;
+        ShowCaption(row);
+        if (row.placesMainWindow) {
+            RebuildPage();
+        }
+    }
+    HighlightPageItem();
+}
+
+void RebuildPage() {
+    ApplySizeProfile();
+    ReadDesktop();
+    PlaceMainWindow();
+    ChooseFonts();
+    const PageRow& row = RowOf(AppPage);
+    if (row.remade) {
+        MakePage(row);
+    }
+}
+
+void ReloadPage() {
+    const PageRow& row = RowOf(AppPage);
+    if (row.remade) {
+        MakePage(row);
+    }
+    row.retext();
+    ShowCaption(row);
+    if (row.placesMainWindow) {
+        RebuildPage();
+    }
 }
 
 void RedrawPage() {
-    CurrentPage().redraw();
+    RowOf(AppPage).redraw();
 }
 
 void HighlightPageItem() {
-    for (const PageItem& item : PageItems) {
-        HiliteMenuItem(MainWindow, MainMenu, item.command, MF_BYCOMMAND | MF_UNHILITE);
+    for (const PageRow& row : Pages) {
+        HiliteMenuItem(MainWindow, MainMenu, row.menuItem, MF_BYCOMMAND | MF_UNHILITE);
     }
-    const auto* shown = std::ranges::find(PageItems, AppPage, &PageItem::page);
-    HiliteMenuItem(MainWindow, MainMenu, shown->command, MF_BYCOMMAND | MF_HILITE);
+    HiliteMenuItem(MainWindow, MainMenu, RowOf(AppPage).menuItem, MF_BYCOMMAND | MF_HILITE);
 }

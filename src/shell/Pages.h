@@ -1,11 +1,17 @@
-// The pages: which dialog shows them and what belongs to their making.
+// The pages: which dialog shows each and what belongs to making, redrawing and leaving it.
 #pragma once
 
-// Makes the page of AppPage as PageWindow and fills it.
-void OpenPage();
+// Makes the page of AppPage for the first time, at the start of the program, and names it in the caption.
+void OpenFirstPage();
 
-// Names the page of AppPage in the caption of the main window.
-void ShowCaption();
+// Replaces the showing page by `page` of enum Page; the showing one is left alone, only its highlight is renewed.
+void SwitchPage(int page);
+
+// Puts the main window and the showing page into the size of SizeProfile.
+void RebuildPage();
+
+// Puts the showing page into the language of LangTable, with its caption.
+void ReloadPage();
 
 // What the main window's paint draws for the page of AppPage.
 void RedrawPage();

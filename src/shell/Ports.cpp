@@ -1,11 +1,13 @@
 #include "shell/Ports.h"
 
-#include <cstdio>
 #include <string_view>
 
 #include "link/Link.h"
+#include "model/Text.h"
 #include "resources/Ids.h"
 #include "shell/AppState.h"
+#include "shell/DialogHelpers.h"
+#include "shell/Ini.h"
 
 namespace {
 
@@ -17,6 +19,10 @@ constexpr unsigned OtherPortCode = 20;
 constexpr std::array<UINT, OtherPortCode - FirstMenuCode + 1> PortItems = {
     IDM_COM1, IDM_COM2, IDM_COM3, IDM_COM4, IDM_COM5, IDM_COM6, IDM_COM7, IDM_COM8, IDM_COM9, IDM_COM_OTHER,
 };
+
+// The plain names of the ports in the menu, from COM 1 on.
+constexpr std::array<const char*, LastMenuPort> MenuPortNames = {"COM1:", "COM2:", "COM3:", "COM4:", "COM5:",
+                                                                 "COM6:", "COM7:", "COM8:", "COM9:"};
 
 constexpr auto MakeComNames() {
     std::array<std::array<char, 12>, HighestPort + 1> names{};
@@ -36,9 +42,60 @@ constexpr auto MakeComNames() {
     return names;
 }
 
+void InitPortDialog(HWND dialog) {
+    std::array<char, 12> text{};
+    for (unsigned number = 1; number <= HighestPort; ++number) {
+        FormatText(text, "COM %ld", static_cast<long>(number));
+        SendDlgItemMessageA(dialog, IDC_PORTS, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text.data()));
+    }
+    SendDlgItemMessageA(dialog, IDC_PORTS, CB_SETCURSEL, static_cast<WPARAM>(PortNumber) - 1, 0);
+    CentreDialog(dialog);
+}
+
+void TakePort(HWND dialog) {
+    const LRESULT selected = SendDlgItemMessageA(dialog, IDC_PORTS, CB_GETCURSEL, 0, 0);
+    ClosePort();
+    PortNumber = static_cast<unsigned>(selected + 1);
+    UsePortNumber();
+    WriteIni();
+    EndDialog(dialog, IDC_CLOSE);
+}
+
+INT_PTR CALLBACK PortDialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM) {
+    switch (message) {
+        case WM_INITDIALOG:
+            InitPortDialog(dialog);
+            return 1;
+        case WM_PAINT:
+            SetDlgItemTextA(dialog, IDC_CLOSE, LangTable[CloseLine].data());
+            return 0;
+        case WM_COMMAND:
+            if (LOWORD(wParam) == IDC_CLOSE) {
+                TakePort(dialog);
+            } else if (LOWORD(wParam) == IDC_CANCEL) {
+                EndDialog(dialog, IDC_CANCEL);
+            }
+            return 0;
+        default:
+            return 0;
+    }
+}
+
 }  // namespace
 
 constexpr std::array<std::array<char, 12>, HighestPort + 1> ComNameTable = MakeComNames();
+
+void ChoosePort(unsigned number) {
+    ClosePort();
+    PortName = MenuPortNames[number - 1];
+    PortNumber = number;
+    CheckPortMenu(number + FirstMenuCode - 1);
+    WriteIni();
+}
+
+void RunPortDialog() {
+    DialogBoxParamA(AppInstance, MAKEINTRESOURCEA(IDD_PORT), PageWindow, PortDialogProc, 0);
+}
 
 void UsePortNumber() {
     PortName = ComNameTable[PortNumber].data();
@@ -49,7 +106,7 @@ void CheckPortMenu(unsigned code) {
     PortMenuCode = code;
     std::array<char, 24> text{"..."};
     if (code >= OtherPortCode) {
-        std::snprintf(text.data(), text.size(), "...COM %ld", static_cast<long>(PortNumber));
+        FormatText(text, "...COM %ld", static_cast<long>(PortNumber));
     }
     ModifyMenuA(MainMenu, IDM_COM_OTHER, MF_BYCOMMAND | MF_STRING, IDM_COM_OTHER, text.data());
     for (unsigned index = 0; index < PortItems.size(); ++index) {

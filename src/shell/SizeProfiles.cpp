@@ -6,6 +6,7 @@
 #include "resources/Ids.h"
 #include "shell/AppState.h"
 #include "shell/Language.h"
+#include "shell/Pages.h"
 
 namespace {
 
@@ -121,6 +122,11 @@ void SetSizeProfile(int profile) {
     SizeProfile = profile;
     ProfileWidth = CurrentProfile().width;
     ProfileHeight = CurrentProfile().height;
+}
+
+void ChooseSize(int profile) {
+    SetSizeProfile(profile);
+    RebuildPage();
 }
 
 void ApplySizeProfile() {

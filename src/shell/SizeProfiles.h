@@ -10,6 +10,9 @@ void CreateFonts();
 // Sets SizeProfile, 1 to 5, with ProfileWidth and ProfileHeight.
 void SetSizeProfile(int profile);
 
+// A choice from the Size menu, 1 to 5: the window and the page take that size.
+void ChooseSize(int profile);
+
 // Checks the Size item of SizeProfile and sets the scale factors and the segments' places.
 void ApplySizeProfile();
 

@@ -1,39 +1,22 @@
-// Dialogs from templates.
+// Dialogs from templates: modeless children and modal windows of their own.
+#include <QAbstractButton>
 #include <QApplication>
+#include <QMessageBox>
 #include <cmath>
 
+#include "platform/linux/DialogTemplate.h"
 #include "platform/linux/Layer.h"
-#include "platform/linux/ResourceReader.h"
 
 namespace layer {
 
 namespace {
 
-constexpr DWORD DialogSetsFont = 0x40;
 constexpr DWORD TabStop = 0x00010000;
-constexpr WORD ExtendedSignature = 0xFFFF;
-constexpr WORD AtomMark = 0xFFFF;
+constexpr DWORD ButtonTypeMask = 0x0F;
+constexpr DWORD DefaultButton = 1;
+constexpr WPARAM EnterKey = 0x0D;
+constexpr WPARAM EscapeKey = 0x1B;
 const QColor FaceColour(240, 240, 240);
-
-struct TemplateItem {
-    DWORD style = 0;
-    DWORD exStyle = 0;
-    QRect units;
-    int id = 0;
-    unsigned classAtom = 0;
-    QString className;
-    QString text;
-};
-
-struct Template {
-    bool extended = false;
-    DWORD style = 0;
-    DWORD exStyle = 0;
-    QRect units;
-    QString title;
-    int points = 8;
-    unsigned count = 0;
-};
 
 // A control's class is given by a number or by its name.
 struct ItemKind {
@@ -42,76 +25,8 @@ struct ItemKind {
     Kind kind;
 };
 
-constexpr ItemKind ItemKinds[] = {{0x80, "button", Kind::Button}, {0x82, "static", Kind::Static}};
-
-QRect readUnits(ResourceReader& in) {
-    const int x = static_cast<std::int16_t>(in.word());
-    const int y = static_cast<std::int16_t>(in.word());
-    const int width = in.word();
-    const int height = in.word();
-    return {x, y, width, height};
-}
-
-// A zero-terminated text, or an id behind a mark.
-QString readTextOrId(ResourceReader& in, unsigned* id) {
-    if (in.peekWord() == AtomMark) {
-        in.word();
-        *id = in.word();
-        return {};
-    }
-    return in.text();
-}
-
-Template readHeader(ResourceReader& in) {
-    Template header;
-    header.extended = in.peekWord(1) == ExtendedSignature;
-    if (header.extended) {
-        in.skip(8);
-        header.exStyle = in.dword();
-        header.style = in.dword();
-    } else {
-        header.style = in.dword();
-        header.exStyle = in.dword();
-    }
-    header.count = in.word();
-    header.units = readUnits(in);
-    unsigned ignored = 0;
-    if (readTextOrId(in, &ignored); ignored != 0) {
-        reportUnsupported("dialog menu", QString::number(ignored));
-    }
-    if (const QString windowClass = readTextOrId(in, &ignored); !windowClass.isEmpty()) {
-        reportUnsupported("dialog class", windowClass);
-    }
-    header.title = in.text();
-    if (header.style & DialogSetsFont) {
-        header.points = in.word();
-        if (header.extended) {
-            in.skip(4);
-        }
-        in.text();
-    }
-    return header;
-}
-
-TemplateItem readItem(ResourceReader& in, bool extended) {
-    TemplateItem item;
-    in.align(4);
-    if (extended) {
-        in.dword();
-        item.exStyle = in.dword();
-        item.style = in.dword();
-    } else {
-        item.style = in.dword();
-        item.exStyle = in.dword();
-    }
-    item.units = readUnits(in);
-    item.id = extended ? static_cast<int>(in.dword()) : in.word();
-    item.className = readTextOrId(in, &item.classAtom);
-    unsigned imageId = 0;
-    item.text = readTextOrId(in, &imageId);
-    in.skip(in.word());
-    return item;
-}
+constexpr ItemKind ItemKinds[] = {
+    {0x80, "button", Kind::Button}, {0x82, "static", Kind::Static}, {0x85, "combobox", Kind::Combo}};
 
 Kind kindOf(const TemplateItem& item) {
     for (const ItemKind& known : ItemKinds) {
@@ -136,6 +51,7 @@ void makeControl(Window& dialog, const TemplateItem& item) {
     control.style = item.style;
     control.exStyle = item.exStyle;
     control.id = item.id;
+    control.imageId = item.imageId;
     control.place = toPixels(item.units, dialog.baseUnits);
     control.text = encode(item.text, controlCodePage());
     makeControlWidget(control);
@@ -147,22 +63,31 @@ void makeControl(Window& dialog, const TemplateItem& item) {
     control.outer->setEnabled(control.enabled);
 }
 
-Window& makeDialog(const Template& header, Window& parent, DLGPROC procedure) {
-    if (!(header.style & WS_CHILD)) {
-        reportUnsupported("dialog", QStringLiteral("as a window of its own"));
-    }
-    Window& dialog = makeWindow(Kind::Dialog, &parent);
+// A child of `parent`, or a window of its own if that is null, then placed against its owner's client area.
+Window& makeDialog(const DialogTemplate& header, Window* parent, Window* owner, DLGPROC procedure) {
+    Window& dialog = makeWindow(Kind::Dialog, parent);
+    dialog.owner = owner ? owner->handle : nullptr;
     dialog.style = header.style;
     dialog.exStyle = header.exStyle;
     dialog.dialogProcedure = procedure;
     dialog.background = FaceColour;
     dialog.font = uiFont(header.points);
     dialog.baseUnits = dialogBaseUnits(dialog.font);
-    dialog.place = toPixels(header.units, dialog.baseUnits);
     dialog.text = encode(header.title, controlCodePage());
-    dialog.outer = new Canvas(parent.client, dialog.handle);
-    dialog.client = dialog.outer;
-    dialog.outer->setGeometry(dialog.place);
+    QRect place = toPixels(header.units, dialog.baseUnits);
+    if (parent) {
+        dialog.outer = new Canvas(parent->client, dialog.handle);
+        dialog.client = dialog.outer;
+        dialog.place = place;
+        dialog.outer->setGeometry(place);
+    } else {
+        dialog.outer = makeDialogWidget(dialog);
+        dialog.client = dialog.outer;
+        place.setSize(outerSizeFor(place.size()));
+        dialog.place = owner ? place.translated(owner->place.topLeft()) : place;
+        placeFrame(dialog);
+        applyText(dialog);
+    }
     resizeSurface(dialog);
     return dialog;
 }
@@ -172,6 +97,91 @@ void focusFirst(const Window& dialog) {
         if ((control->style & TabStop) && control->visible && control->enabled) {
             control->outer->setFocus();
             return;
+        }
+    }
+}
+
+// Makes the dialog with its controls and runs WM_INITDIALOG; null if there is no such template.
+HWND openDialog(LPCSTR name, Window* parent, Window* owner, DLGPROC procedure, LPARAM parameter) {
+    const std::span<const BYTE> data = findResource(DialogResource, resourceId(name));
+    if (data.empty()) {
+        return nullptr;
+    }
+    ResourceReader in(data);
+    const DialogTemplate header = readDialogTemplate(in);
+    if (((header.style & WS_CHILD) != 0) != (parent != nullptr)) {
+        reportUnsupported("dialog", parent ? QStringLiteral("modeless as a window of its own")
+                                           : QStringLiteral("modal as a child"));
+    }
+    Window& dialog = makeDialog(header, parent, owner, procedure);
+    const HWND handle = dialog.handle;
+    for (unsigned index = 0; index < header.count; ++index) {
+        makeControl(dialog, readTemplateItem(in, header.extended));
+    }
+    dialog.modal = !parent;
+    const bool wantsFocus = callProcedure(dialog, WM_INITDIALOG, 0, parameter) != 0;
+    Window* made = find(handle);
+    if (!made || made->ended || !((header.style & WS_VISIBLE) || !parent)) {
+        return made ? handle : nullptr;
+    }
+    ShowWindow(handle, SW_SHOW);
+    if (wantsFocus && reallyVisible(*made)) {
+        focusFirst(*made);
+    }
+    return handle;
+}
+
+Window* controlAt(const Window& dialog, const QWidget* widget) {
+    for (Window* control : dialog.children) {
+        if (control->outer == widget) {
+            return control;
+        }
+    }
+    return nullptr;
+}
+
+// Enter presses the focused button, or else the default one.
+int defaultCommand(const Window& dialog) {
+    const Window* focused = controlAt(dialog, QApplication::focusWidget());
+    if (focused && focused->kind == Kind::Button) {
+        return focused->id;
+    }
+    for (const Window* control : dialog.children) {
+        if (control->kind == Kind::Button && (control->style & ButtonTypeMask) == DefaultButton) {
+            return control->id;
+        }
+    }
+    return IDOK;
+}
+
+// The keys that a dialog takes for itself. A disabled button is not pressed.
+bool takesKey(HWND handle, const MSG& message) {
+    const Window* dialog = find(handle);
+    if (!dialog || message.message != WM_KEYDOWN) {
+        return false;
+    }
+    if (message.wParam != EnterKey && message.wParam != EscapeKey) {
+        return false;
+    }
+    const int command = message.wParam == EnterKey ? defaultCommand(*dialog) : IDCANCEL;
+    const HWND button = GetDlgItem(handle, command);
+    if (!button || IsWindowEnabled(button)) {
+        SendMessageA(handle, WM_COMMAND, MAKEWPARAM(static_cast<unsigned>(command), BN_CLICKED),
+                     reinterpret_cast<LPARAM>(button));
+    }
+    return true;
+}
+
+void runModal(HWND handle) {
+    MSG message;
+    for (const Window* dialog = find(handle); dialog && !dialog->ended; dialog = find(handle)) {
+        if (!GetMessageA(&message, nullptr, 0, 0)) {
+            PostQuitMessage(static_cast<int>(message.wParam));
+            return;
+        }
+        if (!takesKey(handle, message)) {
+            TranslateMessage(&message);
+            DispatchMessageA(&message);
         }
     }
 }
@@ -187,10 +197,18 @@ LRESULT defaultDialogProcedure(Window& window, UINT message, WPARAM wParam, LPAR
     if (message == WM_INITDIALOG) {
         return taken;
     }
+    const Window* still = find(handle);
+    if (!taken && still && still->modal && message == WM_CLOSE) {
+        PostMessageA(handle, WM_COMMAND, MAKEWPARAM(IDCANCEL, BN_CLICKED), 0);
+        return 0;
+    }
     return taken ? 0 : DefWindowProcA(handle, message, wParam, lParam);
 }
 
 LRESULT controlMessage(Window& window, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (window.kind == Kind::Combo) {
+        return comboMessage(window, message, wParam, lParam);
+    }
     return DefWindowProcA(window.handle, message, wParam, lParam);
 }
 
@@ -200,24 +218,61 @@ using namespace layer;
 
 HWND CreateDialogParamA(HINSTANCE, LPCSTR name, HWND parentHandle, DLGPROC procedure, LPARAM parameter) {
     Window* parent = find(parentHandle);
-    const std::span<const BYTE> data = findResource(DialogResource, resourceId(name));
-    if (!parent || data.empty()) {
-        return nullptr;
+    return parent ? openDialog(name, parent, nullptr, procedure, parameter) : nullptr;
+}
+
+INT_PTR DialogBoxParamA(HINSTANCE, LPCSTR name, HWND ownerHandle, DLGPROC procedure, LPARAM parameter) {
+    Window* asked = find(ownerHandle);
+    const HWND owner = asked ? rootOf(*asked).handle : nullptr;
+    Window* ownerWindow = find(owner);
+    const HWND handle = openDialog(name, nullptr, ownerWindow, procedure, parameter);
+    if (!handle) {
+        return -1;
     }
-    ResourceReader in(data);
-    const Template header = readHeader(in);
-    Window& dialog = makeDialog(header, *parent, procedure);
-    const HWND handle = dialog.handle;
-    for (unsigned index = 0; index < header.count; ++index) {
-        makeControl(dialog, readItem(in, header.extended));
+    const bool ownerWasEnabled = IsWindowEnabled(owner);
+    EnableWindow(owner, FALSE);
+    runModal(handle);
+    const Window* dialog = find(handle);
+    const INT_PTR result = dialog && dialog->ended ? dialog->result : 0;
+    if (ownerWasEnabled) {
+        EnableWindow(owner, TRUE);
     }
-    const bool wantsFocus = callProcedure(dialog, WM_INITDIALOG, 0, parameter) != 0;
-    Window* made = find(handle);
-    if (made && (header.style & WS_VISIBLE)) {
-        ShowWindow(handle, SW_SHOW);
-        if (wantsFocus && reallyVisible(*made)) {
-            focusFirst(*made);
-        }
+    DestroyWindow(handle);
+    if (const Window* active = find(owner); active && active->outer) {
+        active->outer->activateWindow();
     }
-    return find(handle) ? handle : nullptr;
+    return result;
+}
+
+BOOL EndDialog(HWND handle, INT_PTR result) {
+    Window* dialog = find(handle);
+    if (!dialog || !dialog->modal) {
+        return FALSE;
+    }
+    dialog->ended = true;
+    dialog->result = result;
+    ShowWindow(handle, SW_HIDE);
+    return TRUE;
+}
+
+int MessageBoxA(HWND ownerHandle, LPCSTR text, LPCSTR caption, UINT type) {
+    constexpr UINT IconMask = 0xF0;
+    Window* asked = find(ownerHandle);
+    QWidget* owner = asked ? rootOf(*asked).outer.data() : nullptr;
+    QMessageBox box(owner);
+    box.setWindowTitle(decode(caption, controlCodePage()));
+    box.setText(decode(text, controlCodePage()));
+    box.setTextFormat(Qt::PlainText);
+    box.setIcon((type & IconMask) == MB_ICONEXCLAMATION   ? QMessageBox::Warning
+                : (type & IconMask) == MB_ICONINFORMATION ? QMessageBox::Information
+                                                          : QMessageBox::NoIcon);
+    const bool asks = (type & ~IconMask) == MB_YESNO;
+    box.setStandardButtons(asks ? QMessageBox::Yes | QMessageBox::No : QMessageBox::Ok);
+    box.setDefaultButton(asks ? QMessageBox::Yes : QMessageBox::Ok);
+    box.setWindowModality(Qt::ApplicationModal);
+    QApplication::beep();
+    box.show();
+    runNestedLoop([](void* shown) { return !static_cast<QMessageBox*>(shown)->isVisible(); }, &box);
+    const int answer = box.result();
+    return !asks ? IDOK : answer == QMessageBox::Yes ? IDYES : IDNO;
 }

@@ -12,11 +12,12 @@ namespace layer {
 namespace {
 
 const QString Face = QStringLiteral("Liberation Sans");
-// Of Liberation Sans and its twin Arial, in parts of the em: the cell above and below the base line, and the average
-// character.
+// Of Arial, in parts of the em: the cell above and below the base line, and the average character. Liberation Sans has
+// the same cell and the same characters, but states another average.
 constexpr double CellAscent = 0.905;
 constexpr double CellDescent = 0.212;
 constexpr double AverageWidth = 0.4414;
+constexpr double AverageBoldWidth = 0.48;
 // The weight from which the bold face is the nearer one.
 constexpr int BoldFrom = 550;
 
@@ -35,8 +36,9 @@ std::shared_ptr<const DrawnFont> makeDrawnFont(const LOGFONTA& description) {
     auto drawn = std::make_shared<DrawnFont>();
     const double em = description.lfHeight > 0 ? description.lfHeight / (CellAscent + CellDescent)
                                                : std::abs(static_cast<double>(description.lfHeight));
-    const double stretch = description.lfWidth > 0 ? description.lfWidth / (std::round(em) * AverageWidth) : 1.0;
     const bool bold = description.lfWeight >= BoldFrom;
+    const double average = std::round(em) * (bold ? AverageBoldWidth : AverageWidth);
+    const double stretch = description.lfWidth > 0 ? description.lfWidth / average : 1.0;
     drawn->face = QRawFont::fromFont(scaledFont(em, stretch, bold));
     drawn->height = description.lfHeight > 0 ? description.lfHeight
                                              : static_cast<int>(std::lround(em * (CellAscent + CellDescent)));

@@ -51,13 +51,14 @@ private:
     bool anyDirty = false;
 };
 
-enum class Kind { Desktop, Frame, Dialog, Button, Static };
+enum class Kind { Desktop, Frame, Dialog, Button, Static, Combo };
 
 struct Window {
     HWND handle = nullptr;
     Kind kind = Kind::Frame;
     Window* parent = nullptr;
     std::vector<Window*> children;  // the last is on top
+    HWND owner = nullptr;           // of a dialog that is a window of its own
     DWORD style = 0;
     DWORD exStyle = 0;
     int id = 0;
@@ -70,7 +71,11 @@ struct Window {
     bool enabled = true;
     bool painting = false;  // between BeginPaint and EndPaint
     bool dying = false;
+    bool modal = false;  // run by DialogBoxParamA until ended
+    bool ended = false;
+    INT_PTR result = 0;
     QByteArray text;
+    unsigned imageId = 0;  // of a picture's control
     QPointer<QWidget> outer;   // the Qt window or child
     QPointer<QWidget> client;  // where the surface shows and children live; the outer one for all but a frame
     QRegion invalid;           // client coordinates
@@ -89,8 +94,8 @@ const std::vector<Window*>& topLevels();
 Window& makeWindow(Kind kind, Window* parent);
 
 QSize clientSize(const Window& window);
-// The client area's corner on the desktop.
-QPoint clientOrigin(const Window& window);
+// The window itself or the one that it is a child of.
+Window& rootOf(Window& window);
 bool reallyVisible(const Window& window);
 void applyText(Window& window);
 LRESULT callProcedure(Window& window, UINT message, WPARAM wParam, LPARAM lParam);
@@ -100,24 +105,36 @@ void buryWidgets();
 LRESULT controlMessage(Window& window, UINT message, WPARAM wParam, LPARAM lParam);
 
 // Widgets.
+// Shows a window's surface; it is the whole widget of a dialog and the client area of a frame.
 class Canvas : public QWidget {
 public:
-    Canvas(QWidget* parent, HWND shown) : QWidget(parent), window(shown) {
+    Canvas(QWidget* parent, HWND shown, Qt::WindowFlags flags = {}) : QWidget(parent, flags), window(shown) {
         setAttribute(Qt::WA_OpaquePaintEvent);
     }
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+    void moveEvent(QMoveEvent* event) override;
 
 private:
     HWND window;
 };
 
 QWidget* makeFrameWidget(Window& window);
+// The widget of a dialog that is a window of its own.
+QWidget* makeDialogWidget(Window& window);
 void makeControlWidget(Window& window);
+QWidget* makeComboWidget(Window& window);
+LRESULT comboMessage(Window& window, UINT message, WPARAM wParam, LPARAM lParam);
+void notifyParent(HWND control, unsigned code);
+// Stops a top-level widget from closing by itself and tells the program; a drag by the user moves the record.
+void askToClose(HWND window, QCloseEvent& event);
+void noteMove(HWND window, const QWidget& widget);
 void placeFrame(Window& window);
-// Outer size less the borders, the caption and the menu bar of the real desktop.
+// Outer size less the borders, the caption and the menu bar of the real desktop, and the outer size for a client area.
 QSize frameClientSize(const Window& window);
+QSize outerSizeFor(QSize client);
 
 // Painting.
 void invalidate(Window& window, const QRegion& region, bool erase);
@@ -140,12 +157,16 @@ void forgetMessages(HWND window);
 // Runs messages until done() says so or the quit message comes, which is left for the outer loop.
 void runNestedLoop(bool (*done)(void*), void* argument);
 void installInput();
+// Gives Qt a key that does not pass through the program's loop.
+void handOnDirectly(QWidget& receiver, QKeyEvent& key);
 
 // Menus.
 void attachMenu(Window& window);
 int menuBarHeight(const Window& window);
-// Opens or chooses the item of the menu bar that begins with the letter; 0 if there is none.
+// Chooses the item of the menu bar that begins with the letter, or highlights the next one if several do; 0 if none.
 LRESULT openMenuByLetter(Window& window, BYTE letter);
+// A letter while the bar has the keyboard.
+bool menuBarTakesLetter(const QKeyEvent& key);
 
 // Resources: raw data by type and id; empty if there is none.
 enum ResourceType : unsigned {

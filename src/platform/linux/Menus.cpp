@@ -1,5 +1,7 @@
 // Menus: records that stand for themselves, shown by a Qt menu bar while attached to a window.
 #include <QAction>
+#include <QApplication>
+#include <QKeyEvent>
 #include <QMenu>
 #include <QMenuBar>
 #include <QTimer>
@@ -97,8 +99,10 @@ void showItem(MenuItem& item) {
     }
     const bool checked = item.flags & MF_CHECKED;
     const bool pictured = !item.unchecked.isNull() || !item.checked.isNull();
-    QString text = QString::fromUtf8(item.text);
-    item.action->setText(text.replace(QLatin1Char('&'), QStringLiteral("&&")));
+    const QString text = QString::fromUtf8(item.text).replace(QLatin1Char('&'), QStringLiteral("&&"));
+    // The first letter chooses an item of an open popup; the bar's letters are looked up by openMenuByLetter.
+    const bool inPopup = qobject_cast<QMenu*>(item.action->parent());
+    item.action->setText(inPopup && !text.isEmpty() && !text.startsWith(QLatin1Char('&')) ? QLatin1Char('&') + text : text);
     item.action->setEnabled(!(item.flags & MF_GRAYED));
     item.action->setIcon(checked ? item.checked : item.unchecked);
     item.action->setCheckable(checked && !pictured);
@@ -137,13 +141,41 @@ void fillPopup(QMenu& popup, HMENU handle, HWND window) {
 
 // Opening the first popup from the bar begins the menu loop; it ends when none is open any more.
 void watchLoop(QMenuBar& bar, HWND window) {
+    static bool inLoop = false;
     for (QAction* action : bar.actions()) {
-        if (QMenu* popup = action->menu()) {
-            QObject::connect(popup, &QMenu::aboutToShow,
-                             [window] { PostMessageA(window, WM_ENTERMENULOOP, 0, 0); });
-            QObject::connect(popup, &QMenu::aboutToHide,
-                             [window] { PostMessageA(window, WM_EXITMENULOOP, 0, 0); });
+        QMenu* popup = action->menu();
+        if (!popup) {
+            continue;
         }
+        QObject::connect(popup, &QMenu::aboutToShow, [window] {
+            if (!inLoop) {
+                inLoop = true;
+                PostMessageA(window, WM_ENTERMENULOOP, 0, 0);
+            }
+        });
+        QObject::connect(popup, &QMenu::aboutToHide, [window] {
+            QTimer::singleShot(0, [window] {
+                if (inLoop && !qobject_cast<QMenu*>(QApplication::activePopupWidget())) {
+                    inLoop = false;
+                    PostMessageA(window, WM_EXITMENULOOP, 0, 0);
+                }
+            });
+        });
+    }
+}
+
+// Highlights an item of the bar without choosing it, as Alt and the arrow keys do.
+void selectOnBar(QMenuBar& bar, QAction& action) {
+    if (!bar.hasFocus()) {
+        QWidget* window = bar.window();
+        QKeyEvent press(QEvent::ShortcutOverride, Qt::Key_Alt, Qt::AltModifier);
+        QKeyEvent release(QEvent::KeyRelease, Qt::Key_Alt, Qt::NoModifier);
+        handOnDirectly(*window, press);
+        handOnDirectly(*window, release);
+    }
+    for (qsizetype steps = bar.actions().size(); steps > 0 && bar.activeAction() != &action; --steps) {
+        QKeyEvent right(QEvent::KeyPress, Qt::Key_Right, Qt::NoModifier);
+        handOnDirectly(bar, right);
     }
 }
 
@@ -193,17 +225,37 @@ LRESULT openMenuByLetter(Window& window, BYTE letter) {
     if (!bar) {
         return 0;
     }
+    QList<QAction*> matches;
     for (QAction* action : bar->actions()) {
         if (action->text().startsWith(wanted, Qt::CaseInsensitive)) {
-            if (action->menu()) {
-                bar->setActiveAction(action);
-            } else {
-                action->trigger();
-            }
-            return 1;
+            matches.append(action);
         }
     }
-    return 0;
+    if (matches.isEmpty()) {
+        return 0;
+    }
+    if (matches.size() > 1) {
+        const qsizetype now = matches.indexOf(bar->activeAction());
+        selectOnBar(*bar, *matches[(now + 1) % matches.size()]);
+    } else if (matches.first()->menu()) {
+        bar->setActiveAction(matches.first());
+    } else {
+        matches.first()->trigger();
+    }
+    return 1;
+}
+
+bool menuBarTakesLetter(const QKeyEvent& key) {
+    const auto* bar = qobject_cast<QMenuBar*>(QApplication::focusWidget());
+    if (!bar || key.text().isEmpty() || !key.text().at(0).isLetterOrNumber()) {
+        return false;
+    }
+    for (Window* window : topLevels()) {
+        if (window->outer == bar->window()) {
+            openMenuByLetter(*window, static_cast<BYTE>(encode(key.text(), controlCodePage()).at(0)));
+        }
+    }
+    return true;
 }
 
 }  // namespace layer

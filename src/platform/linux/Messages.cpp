@@ -68,8 +68,12 @@ HWND focusWindow(const QWidget* widget) {
     return nullptr;
 }
 
-// Without a dialog's own keyboard handling these move no focus on the real desktop.
-bool movesFocus(const QKeyEvent& event) {
+// Without a modal dialog's keyboard handling these move no focus on the real desktop.
+bool movesFocus(const QKeyEvent& event, HWND handle) {
+    Window* window = find(handle);
+    if (window && rootOf(*window).modal) {
+        return false;
+    }
     switch (event.key()) {
         case Qt::Key_Tab:
         case Qt::Key_Backtab:
@@ -89,7 +93,11 @@ bool movesFocus(const QKeyEvent& event) {
 class InputFilter : public QObject {
 protected:
     bool eventFilter(QObject* receiver, QEvent* event) override {
-        if (handingOn || (event->type() != QEvent::KeyPress && event->type() != QEvent::KeyRelease) ||
+        // A list or menu may close while the key is only announced; the key is still its own.
+        if (event->type() == QEvent::ShortcutOverride && receiver->isWindowType() && !handingOn) {
+            popupTakesKey = QApplication::activePopupWidget() != nullptr;
+        }
+        if (handingOn || popupTakesKey || (event->type() != QEvent::KeyPress && event->type() != QEvent::KeyRelease) ||
             QApplication::activePopupWidget()) {
             return false;
         }
@@ -112,6 +120,9 @@ protected:
         keys.push_back(std::move(pending));
         return true;
     }
+
+private:
+    bool popupTakesKey = false;
 };
 
 bool takePosted(MSG& message) {
@@ -144,9 +155,12 @@ bool takePaint(MSG& message) {
     return true;
 }
 
-void handOnKey() {
+void handOnKey(HWND window) {
     const auto key = std::move(keyInHand);
-    if (!key || !keyReceiver || movesFocus(*key)) {
+    if (!key || !keyReceiver || movesFocus(*key, window)) {
+        return;
+    }
+    if (key->type() == QEvent::KeyPress && menuBarTakesLetter(*key)) {
         return;
     }
     handingOn = true;
@@ -163,6 +177,12 @@ bool isKey(UINT message) {
 void installInput() {
     static auto* filter = new InputFilter;
     qApp->installEventFilter(filter);
+}
+
+void handOnDirectly(QWidget& receiver, QKeyEvent& key) {
+    const bool before = std::exchange(handingOn, true);
+    QCoreApplication::sendEvent(&receiver, &key);
+    handingOn = before;
 }
 
 void forgetMessages(HWND window) {
@@ -249,7 +269,7 @@ BOOL TranslateMessage(const MSG* message) {
 
 LRESULT DispatchMessageA(const MSG* message) {
     if (isKey(message->message)) {
-        handOnKey();
+        handOnKey(message->hwnd);
         return 0;
     }
     return SendMessageA(message->hwnd, message->message, message->wParam, message->lParam);
@@ -274,7 +294,7 @@ LRESULT DefWindowProcA(HWND handle, UINT message, WPARAM wParam, LPARAM) {
             DestroyWindow(handle);
             return 0;
         case WM_SYSCHAR:
-            return openMenuByLetter(*window, static_cast<BYTE>(wParam));
+            return openMenuByLetter(rootOf(*window), static_cast<BYTE>(wParam));
         default:
             return 0;
     }

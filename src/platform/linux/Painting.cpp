@@ -248,7 +248,7 @@ DeviceContext* findContext(HDC handle) {
 QPainter* painterOf(DeviceContext& context) {
     QPainter* painter = nullptr;
     if (Window* window = find(context.window)) {
-        if (window->surface.size().isEmpty()) {
+        if (window->surface.size().isEmpty() || !reallyVisible(*window)) {
             return nullptr;
         }
         painter = &window->surface.painter();

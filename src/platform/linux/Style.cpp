@@ -62,6 +62,20 @@ public:
         return {size.width() + 2 * padding, bar->height()};
     }
 
+    // Value lists drop down under their box and open at the selection; the menu bar is reached by Alt.
+    int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                  QStyleHintReturn* returned) const override {
+        switch (hint) {
+            case SH_ComboBox_Popup:
+            case SH_UnderlineShortcut:
+                return 0;
+            case SH_MenuBar_AltKeyNavigation:
+                return 1;
+            default:
+                return QProxyStyle::styleHint(hint, option, widget, returned);
+        }
+    }
+
     int pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const override {
         switch (metric) {
             case PM_MenuBarItemSpacing:
@@ -95,6 +109,8 @@ void installStyle() {
     QApplication::setStyle(new FixedStyle);
     QApplication::setPalette(lightPalette());
     QApplication::setFont(uiFont(9));
+    // A poll of a lost link holds the letters of a search in a list up for a good quarter of a second.
+    QApplication::setKeyboardInputInterval(1000);
 }
 
 // What the layer does not know is a fault of the program, not of its user.

@@ -22,7 +22,10 @@ constexpr int MenuHeight = 20;
 
 constexpr DWORD ButtonTypeMask = 0x0F;
 constexpr DWORD ButtonMultiline = 0x2000;
+constexpr DWORD DefaultButton = 1;
 constexpr DWORD StaticTypeMask = 0x1F;
+constexpr Qt::WindowFlags DialogFlags =
+    Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint;
 
 class FrameWidget : public QWidget {
 public:
@@ -34,15 +37,11 @@ public:
 
 protected:
     void closeEvent(QCloseEvent* event) override {
-        event->ignore();
-        PostMessageA(window, WM_CLOSE, 0, 0);
+        askToClose(window, *event);
     }
 
-    // The user has dragged the window.
     void moveEvent(QMoveEvent*) override {
-        if (Window* moved = layer::find(window); moved && isVisible()) {
-            moved->place.moveTopLeft(pos());
-        }
+        noteMove(window, *this);
     }
 
     void showEvent(QShowEvent*) override {
@@ -71,15 +70,10 @@ private:
 // A push button whose text may take several lines.
 class PushButton : public QPushButton {
 public:
-    PushButton(QWidget* parent, HWND shown, bool multiline) : QPushButton(parent), window(shown), wraps(multiline) {
+    PushButton(QWidget* parent, HWND shown, DWORD style)
+        : QPushButton(parent), wraps(style & ButtonMultiline), isDefault((style & ButtonTypeMask) == DefaultButton) {
         setAutoDefault(false);
-        connect(this, &QPushButton::clicked, this, [shown] {
-            if (const Window* button = layer::find(shown); button && button->parent) {
-                SendMessageA(button->parent->handle, WM_COMMAND,
-                             MAKEWPARAM(static_cast<unsigned>(button->id), BN_CLICKED),
-                             reinterpret_cast<LPARAM>(shown));
-            }
-        });
+        connect(this, &QPushButton::clicked, this, [shown] { notifyParent(shown, BN_CLICKED); });
     }
 
 protected:
@@ -89,6 +83,9 @@ protected:
         initStyleOption(&option);
         const QString label = option.text;
         option.text.clear();
+        // Enter presses the focused button, or else the default one; the look says which.
+        const bool otherFocused = dynamic_cast<const PushButton*>(QApplication::focusWidget()) && !hasFocus();
+        option.features.setFlag(QStyleOptionButton::DefaultButton, isDefault && !otherFocused);
         style()->drawControl(QStyle::CE_PushButton, &option, &painter, this);
         QRect inside = rect().adjusted(3, 2, -3, -2);
         if (option.state & QStyle::State_Sunken) {
@@ -100,11 +97,41 @@ protected:
     }
 
 private:
-    HWND window;
     bool wraps;
+    bool isDefault;
 };
 
 }  // namespace
+
+QSize outerSizeFor(QSize client) {
+    return {client.width() + 2 * BorderWidth, client.height() + 2 * BorderWidth + CaptionHeight};
+}
+
+void askToClose(HWND window, QCloseEvent& event) {
+    event.ignore();
+    PostMessageA(window, WM_CLOSE, 0, 0);
+}
+
+void noteMove(HWND window, const QWidget& widget) {
+    if (Window* moved = find(window); moved && widget.isWindow() && widget.isVisible()) {
+        moved->place.moveTopLeft(widget.pos());
+    }
+}
+
+void Canvas::closeEvent(QCloseEvent* event) {
+    askToClose(window, *event);
+}
+
+void Canvas::moveEvent(QMoveEvent*) {
+    noteMove(window, *this);
+}
+
+void notifyParent(HWND control, unsigned code) {
+    if (const Window* window = find(control); window && window->parent) {
+        SendMessageA(window->parent->handle, WM_COMMAND, MAKEWPARAM(static_cast<unsigned>(window->id), code),
+                     reinterpret_cast<LPARAM>(control));
+    }
+}
 
 QSize frameClientSize(const Window& window) {
     const int menu = window.menu ? MenuHeight : 0;
@@ -122,10 +149,19 @@ QWidget* makeFrameWidget(Window& window) {
     return frame;
 }
 
+QWidget* makeDialogWidget(Window& window) {
+    const Window* owner = find(window.owner);
+    auto* widget = new Canvas(owner ? owner->outer.data() : nullptr, window.handle, DialogFlags);
+    widget->setWindowModality(Qt::ApplicationModal);
+    return widget;
+}
+
 void placeFrame(Window& window) {
     const QSize client = frameClientSize(window);
     const int menu = menuBarHeight(window);
-    window.client->setGeometry(0, menu, client.width(), client.height());
+    if (window.client != window.outer) {
+        window.client->setGeometry(0, menu, client.width(), client.height());
+    }
     if (auto* bar = window.outer->findChild<QMenuBar*>()) {
         bar->setGeometry(0, 0, client.width(), menu);
     }
@@ -133,24 +169,63 @@ void placeFrame(Window& window) {
     window.outer->move(window.place.topLeft());
 }
 
-void makeControlWidget(Window& window) {
-    QWidget* parent = window.parent->client;
-    if (window.kind == Kind::Button) {
-        if ((window.style & ButtonTypeMask) > 1) {
-            reportUnsupported("button type", QString::number(window.style & ButtonTypeMask));
+namespace {
+
+QWidget* makeButton(const Window& window) {
+    const DWORD type = window.style & ButtonTypeMask;
+    if (type > DefaultButton) {
+        reportUnsupported("button type", QString::number(type));
+    }
+    return new PushButton(window.parent->client, window.handle, window.style);
+}
+
+// Texts, pictures and etched lines.
+QWidget* makeStatic(const Window& window) {
+    const DWORD type = window.style & StaticTypeMask;
+    auto* label = new QLabel(window.parent->client);
+    switch (type) {
+        case SS_LEFT:
+        case SS_CENTER:
+        case SS_RIGHT: {
+            constexpr Qt::Alignment Sides[] = {Qt::AlignLeft, Qt::AlignHCenter, Qt::AlignRight};
+            label->setTextFormat(Qt::PlainText);
+            label->setWordWrap(true);
+            label->setAlignment(Qt::AlignTop | Sides[type]);
+            break;
         }
-        window.outer = new PushButton(parent, window.handle, window.style & ButtonMultiline);
-    } else {
-        const DWORD type = window.style & StaticTypeMask;
-        if (type > 2) {
+        case SS_ICON:
+            label->setPixmap(iconOf(LoadIconA(nullptr, MAKEINTRESOURCEA(window.imageId))).pixmap(32, 32));
+            break;
+        case SS_BITMAP: {
+            const HBITMAP bitmap = LoadBitmapA(nullptr, MAKEINTRESOURCEA(window.imageId));
+            label->setPixmap(QPixmap::fromImage(imageOf(bitmap)));
+            DeleteObject(bitmap);
+            break;
+        }
+        case SS_ETCHEDHORZ:
+            label->setFrameStyle(static_cast<int>(QFrame::HLine) | QFrame::Sunken);
+            break;
+        case SS_ETCHEDFRAME:
+            label->setFrameStyle(static_cast<int>(QFrame::Box) | QFrame::Sunken);
+            break;
+        default:
             reportUnsupported("static type", QString::number(type));
-        }
-        auto* label = new QLabel(parent);
-        label->setTextFormat(Qt::PlainText);
-        label->setWordWrap(true);
-        constexpr Qt::Alignment Sides[] = {Qt::AlignLeft, Qt::AlignHCenter, Qt::AlignRight};
-        label->setAlignment(Qt::AlignTop | Sides[type]);
-        window.outer = label;
+    }
+    return label;
+}
+
+}  // namespace
+
+void makeControlWidget(Window& window) {
+    switch (window.kind) {
+        case Kind::Button:
+            window.outer = makeButton(window);
+            break;
+        case Kind::Combo:
+            window.outer = makeComboWidget(window);
+            break;
+        default:
+            window.outer = makeStatic(window);
     }
     window.outer->setFont(window.parent->font);
     window.client = window.outer;
@@ -161,7 +236,9 @@ void applyText(Window& window) {
     if (auto* button = qobject_cast<QPushButton*>(window.outer.data())) {
         button->setText(text);
     } else if (auto* label = qobject_cast<QLabel*>(window.outer.data())) {
-        label->setText(text);
+        if ((window.style & StaticTypeMask) <= SS_RIGHT) {
+            label->setText(text);
+        }
     } else if (window.outer && !window.parent) {
         window.outer->setWindowTitle(text);
     }

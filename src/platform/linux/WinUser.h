@@ -29,6 +29,43 @@ constexpr UINT WM_EXITMENULOOP = 0x0212;
 
 constexpr WORD BN_CLICKED = 0;
 
+constexpr UINT CB_GETCOUNT = 0x0146;
+constexpr UINT CB_GETCURSEL = 0x0147;
+constexpr UINT CB_GETLBTEXT = 0x0148;
+constexpr UINT CB_GETLBTEXTLEN = 0x0149;
+constexpr UINT CB_ADDSTRING = 0x0143;
+constexpr UINT CB_RESETCONTENT = 0x014B;
+constexpr UINT CB_SETCURSEL = 0x014E;
+constexpr UINT CB_SHOWDROPDOWN = 0x014F;
+constexpr UINT CB_GETDROPPEDSTATE = 0x0157;
+constexpr LRESULT CB_ERR = -1;
+
+constexpr WORD CBN_SELCHANGE = 1;
+constexpr WORD CBN_SETFOCUS = 3;
+constexpr WORD CBN_KILLFOCUS = 4;
+constexpr WORD CBN_DROPDOWN = 7;
+constexpr WORD CBN_CLOSEUP = 8;
+constexpr WORD CBN_SELENDOK = 9;
+constexpr WORD CBN_SELENDCANCEL = 10;
+
+constexpr DWORD SS_LEFT = 0x00;
+constexpr DWORD SS_CENTER = 0x01;
+constexpr DWORD SS_RIGHT = 0x02;
+constexpr DWORD SS_ICON = 0x03;
+constexpr DWORD SS_BITMAP = 0x0E;
+constexpr DWORD SS_ETCHEDHORZ = 0x10;
+constexpr DWORD SS_ETCHEDFRAME = 0x12;
+
+constexpr int IDOK = 1;
+constexpr int IDCANCEL = 2;
+constexpr int IDYES = 6;
+constexpr int IDNO = 7;
+
+constexpr UINT MB_OK = 0x00;
+constexpr UINT MB_YESNO = 0x04;
+constexpr UINT MB_ICONEXCLAMATION = 0x30;
+constexpr UINT MB_ICONINFORMATION = 0x40;
+
 constexpr UINT CS_VREDRAW = 1;
 constexpr UINT CS_HREDRAW = 2;
 
@@ -149,7 +186,14 @@ BOOL InvalidateRect(HWND window, const RECT* rect, BOOL erase);
 UINT_PTR SetTimer(HWND window, UINT_PTR id, UINT milliseconds, TIMERPROC procedure);
 BOOL KillTimer(HWND window, UINT_PTR id);
 
+// Child dialogs, modeless.
 HWND CreateDialogParamA(HINSTANCE instance, LPCSTR name, HWND parent, DLGPROC procedure, LPARAM parameter);
+// Dialogs that are windows of their own, run until EndDialog. Enter, Escape and Tab work as in any dialog; -1 if the
+// dialog cannot be made, 0 if the program ends behind it.
+INT_PTR DialogBoxParamA(HINSTANCE instance, LPCSTR name, HWND owner, DLGPROC procedure, LPARAM parameter);
+BOOL EndDialog(HWND dialog, INT_PTR result);
+// MB_OK or MB_YESNO with one of the two icons; the buttons speak the desktop's language.
+int MessageBoxA(HWND owner, LPCSTR text, LPCSTR caption, UINT type);
 
 int LoadStringA(HINSTANCE instance, UINT id, LPSTR buffer, int size);
 HICON LoadIconA(HINSTANCE instance, LPCSTR name);

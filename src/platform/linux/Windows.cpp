@@ -66,7 +66,7 @@ void layOut(Window& window) {
     if (!window.outer) {
         return;
     }
-    if (window.kind == Kind::Frame) {
+    if (!window.parent) {
         placeFrame(window);
     } else {
         window.outer->setGeometry(window.place);
@@ -83,7 +83,7 @@ void invalidateMoved(Window& window, const QRect& old) {
         invalidate(*window.parent, QRegion(old) - QRegion(window.place), true);
     }
     if (old.size() != window.place.size()) {
-        if (window.kind == Kind::Frame) {
+        if (!window.parent) {
             invalidateAll(window);
         } else {
             invalidate(window, QRegion(QRect(QPoint(), window.place.size())) - QRegion(QRect(QPoint(), old.size())),
@@ -129,14 +129,11 @@ Window& makeWindow(Kind kind, Window* parent) {
 }
 
 QSize clientSize(const Window& window) {
-    return window.kind == Kind::Frame ? frameClientSize(window) : window.place.size();
+    return window.kind == Kind::Desktop || window.parent ? window.place.size() : frameClientSize(window);
 }
 
-QPoint clientOrigin(const Window& window) {
-    if (window.client) {
-        return window.client->mapToGlobal(QPoint());
-    }
-    return window.place.topLeft();
+Window& rootOf(Window& window) {
+    return window.parent ? rootOf(*window.parent) : window;
 }
 
 bool reallyVisible(const Window& window) {
@@ -296,7 +293,10 @@ BOOL EnableWindow(HWND handle, BOOL enable) {
     }
     const bool before = window->enabled;
     window->enabled = enable != FALSE;
-    window->outer->setEnabled(window->enabled);
+    // A disabled window of its own does not grey its controls; the modal dialog over it keeps the input away.
+    if (window->parent) {
+        window->outer->setEnabled(window->enabled);
+    }
     return !before;
 }
 
@@ -356,7 +356,7 @@ HWND GetDesktopWindow() {
 
 HWND GetParent(HWND handle) {
     const Window* window = find(handle);
-    return window && window->parent ? window->parent->handle : nullptr;
+    return window && window->parent ? window->parent->handle : window ? window->owner : nullptr;
 }
 
 BOOL SetWindowTextA(HWND handle, LPCSTR text) {

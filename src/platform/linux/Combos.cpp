@@ -1,0 +1,193 @@
+// Combo boxes: drop-down lists, unsorted.
+#include <QAbstractItemView>
+#include <QAbstractListModel>
+#include <QComboBox>
+#include <QFocusEvent>
+#include <QTimer>
+
+#include "platform/linux/Layer.h"
+
+namespace layer {
+
+namespace {
+
+constexpr DWORD ComboTypeMask = 0x03;
+constexpr DWORD DropDownList = 0x03;
+constexpr DWORD Sorted = 0x0100;
+// The closed box stands this much over its font's cell; the template's height is that of the box with its list.
+constexpr int BoxMargin = 8;
+
+// The entries as the program gave them; the letters are made when one is shown, since a list may have hundreds.
+class EntryModel : public QAbstractListModel {
+public:
+    using QAbstractListModel::QAbstractListModel;
+
+    int rowCount(const QModelIndex& parent = {}) const override {
+        return parent.isValid() ? 0 : static_cast<int>(entries.size());
+    }
+    QVariant data(const QModelIndex& index, int role) const override {
+        if (!index.isValid() || (role != Qt::DisplayRole && role != Qt::EditRole)) {
+            return {};
+        }
+        return decode(entries[static_cast<size_t>(index.row())], controlCodePage());
+    }
+    int add(const char* text) {
+        const int row = rowCount();
+        beginInsertRows({}, row, row);
+        entries.emplace_back(text);
+        endInsertRows();
+        return row;
+    }
+    void clear() {
+        beginResetModel();
+        entries.clear();
+        endResetModel();
+    }
+    std::vector<QByteArray> entries;
+};
+
+// Tells its parent what the user does and nothing of what the program does. A choice with the mouse or Enter tells
+// SELENDOK, CLOSEUP, SELCHANGE; leaving the list without one SELENDCANCEL, CLOSEUP; a key that moves the selection
+// SELENDOK and SELCHANGE.
+class ComboBox : public QComboBox {
+public:
+    ComboBox(QWidget* parent, HWND shown, int dropHeight) : QComboBox(parent), window(shown), listHeight(dropHeight) {
+        // With a placeholder a first entry is not chosen by itself.
+        setPlaceholderText(QStringLiteral(" "));
+        setModel(&model);
+        setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+        connect(this, &QComboBox::activated, this, [this] { tellChoice(); });
+    }
+
+    void showPopup() override {
+        if (dropped || !isEnabled()) {
+            return;
+        }
+        dropped = true;
+        notifyParent(window, CBN_DROPDOWN);
+        const int row = std::max(1, view()->sizeHintForRow(0));
+        setMaxVisibleItems(std::max(3, listHeight / row));
+        QComboBox::showPopup();
+    }
+
+    // A choice follows at once in the same event; without one the list was left.
+    void hidePopup() override {
+        QComboBox::hidePopup();
+        if (!dropped) {
+            return;
+        }
+        dropped = false;
+        leaving = true;
+        QTimer::singleShot(0, this, [this] {
+            if (leaving) {
+                leaving = false;
+                notifyParent(window, CBN_SELENDCANCEL);
+                notifyParent(window, CBN_CLOSEUP);
+            }
+        });
+    }
+
+    bool isDropped() const {
+        return dropped;
+    }
+
+    EntryModel model;
+
+protected:
+    // A choice writes to a car, so rolling over a closed list must not choose.
+    void wheelEvent(QWheelEvent* event) override {
+        event->ignore();
+    }
+    void focusInEvent(QFocusEvent* event) override {
+        QComboBox::focusInEvent(event);
+        if (event->reason() != Qt::PopupFocusReason) {
+            notifyParent(window, CBN_SETFOCUS);
+        }
+    }
+    void focusOutEvent(QFocusEvent* event) override {
+        QComboBox::focusOutEvent(event);
+        if (event->reason() != Qt::PopupFocusReason) {
+            notifyParent(window, CBN_KILLFOCUS);
+        }
+    }
+
+private:
+    void tellChoice() {
+        const QPointer<ComboBox> self(this);
+        notifyParent(window, CBN_SELENDOK);
+        if (self && leaving) {
+            leaving = false;
+            notifyParent(window, CBN_CLOSEUP);
+        }
+        if (self) {
+            notifyParent(window, CBN_SELCHANGE);
+        }
+    }
+
+    HWND window;
+    int listHeight;
+    bool dropped = false;
+    bool leaving = false;
+};
+
+ComboBox& boxOf(const Window& window) {
+    return static_cast<ComboBox&>(*window.outer);
+}
+
+LRESULT entryText(const ComboBox& box, WPARAM index, char* buffer) {
+    if (index >= box.model.entries.size()) {
+        return CB_ERR;
+    }
+    const QByteArray& text = box.model.entries[index];
+    if (buffer) {
+        std::copy_n(text.constData(), text.size() + 1, buffer);
+    }
+    return text.size();
+}
+
+LRESULT select(ComboBox& box, WPARAM index) {
+    const bool known = index < box.model.entries.size();
+    box.setCurrentIndex(known ? static_cast<int>(index) : -1);
+    return known ? static_cast<LRESULT>(index) : CB_ERR;
+}
+
+}  // namespace
+
+QWidget* makeComboWidget(Window& window) {
+    if ((window.style & ComboTypeMask) != DropDownList || (window.style & Sorted)) {
+        reportUnsupported("combo box style", QString::number(window.style, 16));
+    }
+    const int whole = window.place.height();
+    window.place.setHeight(window.parent->baseUnits.height() + BoxMargin);
+    return new ComboBox(window.parent->client, window.handle, whole - window.place.height());
+}
+
+LRESULT comboMessage(Window& window, UINT message, WPARAM wParam, LPARAM lParam) {
+    ComboBox& box = boxOf(window);
+    switch (message) {
+        case CB_ADDSTRING:
+            return box.model.add(reinterpret_cast<const char*>(lParam));
+        case CB_RESETCONTENT:
+            box.model.clear();
+            return 0;
+        case CB_GETCOUNT:
+            return static_cast<LRESULT>(box.model.entries.size());
+        case CB_GETCURSEL:
+            return box.currentIndex();
+        case CB_SETCURSEL:
+            return select(box, wParam);
+        case CB_GETLBTEXT:
+            return entryText(box, wParam, reinterpret_cast<char*>(lParam));
+        case CB_GETLBTEXTLEN:
+            return entryText(box, wParam, nullptr);
+        case CB_SHOWDROPDOWN:
+            wParam ? box.showPopup() : box.hidePopup();
+            return TRUE;
+        case CB_GETDROPPEDSTATE:
+            return box.isDropped();
+        default:
+            return DefWindowProcA(window.handle, message, wParam, lParam);
+    }
+}
+
+}  // namespace layer

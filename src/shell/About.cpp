@@ -1,0 +1,51 @@
+#include "shell/About.h"
+
+#include "resources/Ids.h"
+#include "shell/AppState.h"
+#include "shell/DialogHelpers.h"
+
+namespace {
+
+constexpr size_t NameLine = 156;
+constexpr size_t TitleLine = 157;
+constexpr size_t VersionLine = 158;
+
+void ShowTexts(HWND dialog) {
+    SetDlgItemTextA(dialog, IDC_ABOUT_NAME, LangTable[NameLine].data());
+    SetWindowTextA(dialog, LangTable[TitleLine].data());
+    SetDlgItemTextA(dialog, IDC_ABOUT_VERSION, LangTable[VersionLine].data());
+    SetDlgItemTextA(dialog, IDC_CLOSE, LangTable[CloseLine].data());
+}
+
+void Close(HWND dialog, WORD id) {
+    EndDialog(dialog, id);
+    DialogPause = 0;
+}
+
+INT_PTR CALLBACK AboutProc(HWND dialog, UINT message, WPARAM wParam, LPARAM) {
+    switch (message) {
+        case WM_INITDIALOG:
+            CentreDialog(dialog);
+            return 1;
+        case WM_PAINT:
+            ShowTexts(dialog);
+            return 0;
+        case WM_COMMAND:
+            if (LOWORD(wParam) != IDC_CLOSE && LOWORD(wParam) != IDC_CANCEL) {
+                return 0;
+            }
+            Close(dialog, LOWORD(wParam));
+            return 1;
+        default:
+            return 0;
+    }
+}
+
+}  // namespace
+
+void RunAboutDialog() {
+    DialogPause = 1;
+    if (DialogBoxParamA(AppInstance, MAKEINTRESOURCEA(IDD_ABOUT), PageWindow, AboutProc, 0) == -1) {
+        DialogPause = 0;
+    }
+}
