@@ -56,10 +56,27 @@ unsigned ReadPortNumber(std::FILE* file) {
     return negative || number > HighestPort ? 0 : number;
 }
 
+// Null for what is no file of settings: a directory opens on some systems and fails only at the first read.
+std::FILE* OpenIni() {
+    std::FILE* file = std::fopen(IniName, "r");
+    if (!file) {
+        return nullptr;
+    }
+    const int letter = std::fgetc(file);
+    if (std::ferror(file)) {
+        std::fclose(file);
+        return nullptr;
+    }
+    if (letter != EOF) {
+        std::ungetc(letter, file);
+    }
+    return file;
+}
+
 }  // namespace
 
 void ReadIni() {
-    std::FILE* file = std::fopen(IniName, "r");
+    std::FILE* file = OpenIni();
     if (!file) {
         PortNumber = 1;
         CopyText(LangCode, "pol");

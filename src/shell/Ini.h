@@ -6,8 +6,9 @@
 #pragma once
 
 // Reads PortNumber and LangCode; creates the file with port 1 and "pol" if it cannot be opened. Only the order of the
-// items counts: a token, a token and a number, two tokens. Missing items leave what the reader had reached: PortNumber 0
-// and, as LangCode, the last token. A number outside 0 to 128 names no port and counts as 0; a longer LangCode is cut.
+// items counts: a token, a token and a number, two tokens. Missing items leave what the reader had reached: PortNumber
+// 0 and, as LangCode, the last token. A number outside 0 to 128 names no port and counts as 0; a longer LangCode is
+// cut.
 void ReadIni();
 
 // Rewrites the whole file from PortNumber and LangCode. Where nothing can be written the program goes on without: the

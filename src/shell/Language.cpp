@@ -32,8 +32,8 @@ constexpr std::array<Language, 5> Languages = {{
      LocaleOf(LANG_CZECH)},
 }};
 
-constexpr Language OtherLanguage = {"", IDM_MENU_POLISH, IDM_LANGUAGE_POLISH, 0, 0, EASTEUROPE_CHARSET,
-                                    LocaleOf(LANG_POLISH)};
+constexpr Language OtherLanguage = {"", IDM_MENU_POLISH,    IDM_LANGUAGE_POLISH,  0,
+                                    0,  EASTEUROPE_CHARSET, LocaleOf(LANG_POLISH)};
 
 // The two tags of each language, loaded once and kept to the end of the process, since menus only refer to them.
 struct TagPair {

@@ -22,8 +22,8 @@ const Language& CurrentLanguage();
 // bytes and lines beyond the table are left out.
 void ReadLanguageFile();
 
-// A choice from the Language menu by its item's id: stores the code in the ini, reads the texts, renews the page and the
-// menu with all its marks.
+// A choice from the Language menu by its item's id: stores the code in the ini, reads the texts, renews the page and
+// the menu with all its marks.
 void ChooseLanguage(UINT menuItem);
 
 // Loads the language's menu into MainMenu and the window, and checks the language's item. The menu before it is freed.

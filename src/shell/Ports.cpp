@@ -21,8 +21,8 @@ constexpr std::array<UINT, OtherPortCode - FirstMenuCode + 1> PortItems = {
 };
 
 // The plain names of the ports in the menu, from COM 1 on.
-constexpr std::array<const char*, LastMenuPort> MenuPortNames = {"COM1:", "COM2:", "COM3:", "COM4:", "COM5:",
-                                                                 "COM6:", "COM7:", "COM8:", "COM9:"};
+constexpr std::array<const char*, LastMenuPort> MenuPortNames = {
+    "COM1:", "COM2:", "COM3:", "COM4:", "COM5:", "COM6:", "COM7:", "COM8:", "COM9:"};
 
 constexpr auto MakeComNames() {
     std::array<std::array<char, 12>, HighestPort + 1> names{};

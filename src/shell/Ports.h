@@ -18,6 +18,6 @@ void RunPortDialog();
 // Takes PortName from ComNameTable by PortNumber, which must be 0 to 128, and marks its item of the Port menu.
 void UsePortNumber();
 
-// Stores the code in PortMenuCode, checks its item (11 to 19: COM 1 to COM 9; 20: the last item; else none) and lets the
-// last item name the port while it stands for one.
+// Stores the code in PortMenuCode, checks its item (11 to 19: COM 1 to COM 9; 20: the last item; else none) and lets
+// the last item name the port while it stands for one.
 void CheckPortMenu(unsigned code);

@@ -110,8 +110,8 @@ HWND openDialog(LPCSTR name, Window* parent, Window* owner, DLGPROC procedure, L
     ResourceReader in(data);
     const DialogTemplate header = readDialogTemplate(in);
     if (((header.style & WS_CHILD) != 0) != (parent != nullptr)) {
-        reportUnsupported("dialog", parent ? QStringLiteral("modeless as a window of its own")
-                                           : QStringLiteral("modal as a child"));
+        reportUnsupported(
+            "dialog", parent ? QStringLiteral("modeless as a window of its own") : QStringLiteral("modal as a child"));
     }
     Window& dialog = makeDialog(header, parent, owner, procedure);
     const HWND handle = dialog.handle;

@@ -1,5 +1,6 @@
 // Drawing objects and shapes: whole pixels, right and bottom excluded, nothing smoothed.
 #include <algorithm>
+#include <cmath>
 #include <unordered_map>
 
 #include "platform/linux/Context.h"
@@ -18,10 +19,25 @@ QRect normalised(int left, int top, int right, int bottom) {
                  QSize(std::abs(right - left), std::abs(bottom - top)));
 }
 
-// The pen as lines use it: thin ones leave out the last point, wide ones have round ends.
-QPen linePen(const DeviceContext& context) {
-    const bool thin = context.penWidth <= 1;
-    return QPen(context.penColour, context.penWidth, Qt::SolidLine, thin ? Qt::FlatCap : Qt::RoundCap, Qt::RoundJoin);
+// A thin line without its last point, in runs of pixels; which pixels it takes does not hang on its direction.
+void drawThinLine(QPainter& painter, QPoint from, QPoint to, QColor colour) {
+    const QPoint way = to - from;
+    const int steps = std::max(std::abs(way.x()), std::abs(way.y()));
+    const auto along = [steps](int start, int length, int step) {
+        return start + static_cast<int>(std::floor(static_cast<double>(length) * step / steps + 0.5));
+    };
+    QRect run;
+    for (int step = 0; step < steps; ++step) {
+        const QPoint point(along(from.x(), way.x(), step), along(from.y(), way.y(), step));
+        const QRect longer = run | QRect(point, QSize(1, 1));
+        if (longer.width() > 1 && longer.height() > 1) {
+            painter.fillRect(run, colour);
+            run = QRect(point, QSize(1, 1));
+        } else {
+            run = longer;
+        }
+    }
+    painter.fillRect(run, colour);
 }
 
 int penMargin(const DeviceContext& context) {
@@ -191,13 +207,13 @@ BOOL Polyline(HDC dc, const POINT* points, int count) {
     for (int index = 0; index < count; ++index) {
         line.append(QPoint(points[index].x, points[index].y));
     }
-    painter->setPen(linePen(*context));
-    painter->setBrush(Qt::NoBrush);
     if (context->penWidth > 1) {
+        painter->setPen(QPen(context->penColour, context->penWidth, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+        painter->setBrush(Qt::NoBrush);
         painter->drawPolyline(line);
     } else {
         for (int index = 1; index < count; ++index) {
-            painter->drawLine(line[index - 1], line[index]);
+            drawThinLine(*painter, line[index - 1], line[index], context->penColour);
         }
     }
     const int margin = penMargin(*context);

@@ -27,8 +27,8 @@ QFont scaledFont(double em, double stretch, bool bold) {
     font.setWeight(bold ? QFont::Bold : QFont::Normal);
     font.setStretch(static_cast<int>(std::lround(stretch * 100)));
     font.setHintingPreference(QFont::PreferVerticalHinting);
-    font.setStyleStrategy(static_cast<QFont::StyleStrategy>(QFont::PreferAntialias | QFont::NoSubpixelAntialias |
-                                                            QFont::NoFontMerging));
+    font.setStyleStrategy(
+        static_cast<QFont::StyleStrategy>(QFont::PreferAntialias | QFont::NoSubpixelAntialias | QFont::NoFontMerging));
     return font;
 }
 

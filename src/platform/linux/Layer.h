@@ -40,6 +40,9 @@ public:
 
 private:
     void allocate();
+    size_t tileIndex(int row, int column) const {
+        return static_cast<size_t>(row) * static_cast<size_t>(tileColumns) + static_cast<size_t>(column);
+    }
 
     static constexpr int TileSize = 32;
     QSize logicalSize;
@@ -47,6 +50,8 @@ private:
     QColor fill = Qt::black;
     QImage image;
     std::unique_ptr<QPainter> open;
+    int tileColumns = 0;
+    int tileRows = 0;
     std::vector<bool> dirtyTiles;
     bool anyDirty = false;
 };
@@ -75,7 +80,7 @@ struct Window {
     bool ended = false;
     INT_PTR result = 0;
     QByteArray text;
-    unsigned imageId = 0;  // of a picture's control
+    unsigned imageId = 0;      // of a picture's control
     QPointer<QWidget> outer;   // the Qt window or child
     QPointer<QWidget> client;  // where the surface shows and children live; the outer one for all but a frame
     QRegion invalid;           // client coordinates

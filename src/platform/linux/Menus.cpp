@@ -102,7 +102,8 @@ void showItem(MenuItem& item) {
     const QString text = QString::fromUtf8(item.text).replace(QLatin1Char('&'), QStringLiteral("&&"));
     // The first letter chooses an item of an open popup; the bar's letters are looked up by openMenuByLetter.
     const bool inPopup = qobject_cast<QMenu*>(item.action->parent());
-    item.action->setText(inPopup && !text.isEmpty() && !text.startsWith(QLatin1Char('&')) ? QLatin1Char('&') + text : text);
+    item.action->setText(inPopup && !text.isEmpty() && !text.startsWith(QLatin1Char('&')) ? QLatin1Char('&') + text
+                                                                                          : text);
     item.action->setEnabled(!(item.flags & MF_GRAYED));
     item.action->setIcon(checked ? item.checked : item.unchecked);
     item.action->setCheckable(checked && !pictured);
@@ -122,9 +123,8 @@ QAction* makeAction(MenuItem& item, QWidget& parent, HWND window) {
         fillPopup(*popup, item.popup, window);
         action->setMenu(popup);
     } else {
-        QObject::connect(action, &QAction::triggered, [window, id = item.id] {
-            PostMessageA(window, WM_COMMAND, MAKEWPARAM(id, 0), 0);
-        });
+        QObject::connect(action, &QAction::triggered,
+                         [window, id = item.id] { PostMessageA(window, WM_COMMAND, MAKEWPARAM(id, 0), 0); });
     }
     item.action = action;
     showItem(item);

@@ -70,7 +70,9 @@ void Surface::resize(QSize size, qreal ratio) {
     const QImage old = image;
     logicalSize = size;
     pixelRatio = ratio;
-    dirtyTiles.assign(static_cast<size_t>((size.width() / TileSize + 1) * (size.height() / TileSize + 1)), false);
+    tileColumns = size.width() / TileSize + 1;
+    tileRows = size.height() / TileSize + 1;
+    dirtyTiles.assign(tileIndex(tileRows, 0), false);
     if (!old.isNull()) {
         image = QImage();
         allocate();
@@ -113,10 +115,9 @@ void Surface::markDirty(const QRect& rect) {
     if (inside.isEmpty()) {
         return;
     }
-    const int columns = logicalSize.width() / TileSize + 1;
     for (int row = inside.top() / TileSize; row <= inside.bottom() / TileSize; ++row) {
         for (int column = inside.left() / TileSize; column <= inside.right() / TileSize; ++column) {
-            dirtyTiles[static_cast<size_t>(row * columns + column)] = true;
+            dirtyTiles[tileIndex(row, column)] = true;
         }
     }
     anyDirty = true;
@@ -127,12 +128,10 @@ QRegion Surface::takeDirty() {
         return {};
     }
     anyDirty = false;
-    const int columns = logicalSize.width() / TileSize + 1;
-    const int rows = logicalSize.height() / TileSize + 1;
     std::vector<QRect> runs;
-    for (int row = 0; row < rows; ++row) {
-        for (int column = 0; column < columns; ++column) {
-            const auto tile = static_cast<size_t>(row * columns + column);
+    for (int row = 0; row < tileRows; ++row) {
+        for (int column = 0; column < tileColumns; ++column) {
+            const size_t tile = tileIndex(row, column);
             if (!dirtyTiles[tile]) {
                 continue;
             }

@@ -161,9 +161,8 @@ int LoadStringA(HINSTANCE, UINT id, LPSTR buffer, int size) {
 
 HACCEL LoadAcceleratorsA(HINSTANCE, LPCSTR name) {
     const unsigned id = resourceId(name);
-    return findResource(AcceleratorResource, id).empty()
-               ? nullptr
-               : reinterpret_cast<HACCEL>(static_cast<std::uintptr_t>(id));
+    return findResource(AcceleratorResource, id).empty() ? nullptr
+                                                         : reinterpret_cast<HACCEL>(static_cast<std::uintptr_t>(id));
 }
 
 // A row is: flags, the key or character, the command, padding. Characters match WM_CHAR, or WM_SYSCHAR with Alt.

@@ -1,8 +1,8 @@
 // The end of the desktop session, or Ctrl+C in the terminal, closes the program as its user would.
-#include <QSocketNotifier>
-#include <csignal>
 #include <fcntl.h>
 #include <unistd.h>
+#include <QSocketNotifier>
+#include <csignal>
 
 #include "platform/linux/Entry.h"
 #include "platform/linux/Layer.h"

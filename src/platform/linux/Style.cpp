@@ -33,7 +33,7 @@ public:
         const QAction* action = bar->actionAt(item->rect.center());
         const bool highlighted = action && action->property("highlighted").toBool();
         const bool active = item->state & State_Selected;
-        const QColor ground = active ? item->palette.color(QPalette::Highlight)
+        const QColor ground = active        ? item->palette.color(QPalette::Highlight)
                               : highlighted ? QColor(0xCC, 0xDD, 0xF2)
                                             : item->palette.color(QPalette::Window);
         painter->fillRect(item->rect, ground);

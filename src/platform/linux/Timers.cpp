@@ -78,8 +78,7 @@ UINT_PTR SetTimer(HWND window, UINT_PTR id, UINT milliseconds, TIMERPROC procedu
 }
 
 BOOL KillTimer(HWND window, UINT_PTR id) {
-    const auto found =
-        std::ranges::find_if(timers, [&](const Timer& timer) { return belongsTo(timer, window, id); });
+    const auto found = std::ranges::find_if(timers, [&](const Timer& timer) { return belongsTo(timer, window, id); });
     if (found == timers.end()) {
         return FALSE;
     }

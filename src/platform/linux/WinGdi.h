@@ -38,7 +38,8 @@ constexpr COLORREF RGB(unsigned red, unsigned green, unsigned blue) {
     return (red & 0xFF) | (green & 0xFF) << 8 | (blue & 0xFF) << 16;
 }
 
-// Solid pens only; a width below 1 counts as 1. Lines of width 1 leave out their last point, wider ones have round ends.
+// Solid pens only; a width below 1 counts as 1. Lines of width 1 leave out their last point, wider ones have round
+// ends.
 HPEN CreatePen(int style, int width, COLORREF colour);
 HBRUSH CreateSolidBrush(COLORREF colour);
 HGDIOBJ GetStockObject(int object);

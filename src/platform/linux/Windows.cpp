@@ -74,7 +74,8 @@ void layOut(Window& window) {
     resizeSurface(window);
 }
 
-// What a move or a change of size leaves to be painted: the uncovered part of the parent and the new part of the window.
+// What a move or a change of size leaves to be painted: the uncovered part of the parent and the new part of the
+// window.
 void invalidateMoved(Window& window, const QRect& old) {
     if (!reallyVisible(window)) {
         return;
