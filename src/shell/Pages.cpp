@@ -79,6 +79,8 @@ const PageRow& RowOf(int page) {
 void CreatePage(const PageRow& row) {
     const UINT dialog = row.dialogs[static_cast<size_t>(SizeProfile - 1)];
     PageWindow = CreateDialogParamA(AppInstance, MAKEINTRESOURCEA(dialog), MainWindow, row.procedure, 0);
+    // A page places itself and starts its timer at its first paint, which the main window's paint would take from it.
+    UpdateWindow(PageWindow);
 }
 
 // The ending page's procedure may look at PageWindow, which never names a window that has gone.

@@ -46,9 +46,9 @@ public:
     std::vector<QByteArray> entries;
 };
 
-// Tells its parent what the user does and nothing of what the program does. A choice with the mouse or Enter tells
-// SELENDOK, CLOSEUP, SELCHANGE; leaving the list without one SELENDCANCEL, CLOSEUP; a key that moves the selection
-// SELENDOK and SELCHANGE.
+// Tells its parent what the user does and nothing of what the program does. A choice with the mouse tells SELENDOK,
+// CLOSEUP, SELCHANGE; leaving the list without one SELENDCANCEL, CLOSEUP. A key that moves the selection tells SELCHANGE
+// at once, on the closed list after SELENDOK; Enter on the open list tells SELENDOK, CLOSEUP.
 class ComboBox : public QComboBox {
 public:
     ComboBox(QWidget* parent, HWND shown, int dropHeight) : QComboBox(parent), window(shown), listHeight(dropHeight) {
@@ -57,6 +57,9 @@ public:
         setModel(&model);
         setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
         connect(this, &QComboBox::activated, this, [this] { tellChoice(); });
+        connect(this, &QComboBox::highlighted, this, [this](int row) { tellKeyMove(row); });
+        view()->installEventFilter(this);
+        view()->viewport()->installEventFilter(this);
     }
 
     void showPopup() override {
@@ -64,6 +67,8 @@ public:
             return;
         }
         dropped = true;
+        byKey = false;
+        told = currentIndex();
         notifyParent(window, CBN_DROPDOWN);
         const int row = std::max(1, view()->sizeHintForRow(0));
         setMaxVisibleItems(std::max(3, listHeight / row));
@@ -91,9 +96,41 @@ public:
         return dropped;
     }
 
+    // A selection by the program also moves the one in the open list.
+    void select(int row) {
+        setCurrentIndex(row);
+        told = row;
+        if (dropped) {
+            view()->setCurrentIndex(model.index(row, 0));
+        }
+    }
+
     EntryModel model;
 
 protected:
+    // Whether a key or the mouse moves the selection in the list. The keys that open it leave it again.
+    bool eventFilter(QObject* receiver, QEvent* event) override {
+        if (event->type() == QEvent::MouseMove || event->type() == QEvent::MouseButtonPress) {
+            byKey = false;
+        } else if (event->type() == QEvent::KeyPress) {
+            byKey = true;
+            const auto& key = static_cast<const QKeyEvent&>(*event);
+            const bool arrow = key.key() == Qt::Key_Up || key.key() == Qt::Key_Down;
+            if (key.key() == Qt::Key_F4 || (arrow && key.modifiers() & Qt::AltModifier)) {
+                hidePopup();
+                return true;
+            }
+        }
+        return QComboBox::eventFilter(receiver, event);
+    }
+    void keyPressEvent(QKeyEvent* event) override {
+        if (event->key() == Qt::Key_Space) {
+            event->ignore();
+        } else {
+            byKey = true;
+            QComboBox::keyPressEvent(event);
+        }
+    }
     // A choice writes to a car, so rolling over a closed list must not choose.
     void wheelEvent(QWheelEvent* event) override {
         event->ignore();
@@ -114,20 +151,32 @@ protected:
 private:
     void tellChoice() {
         const QPointer<ComboBox> self(this);
+        const bool news = !byKey || currentIndex() != told;
+        told = currentIndex();
         notifyParent(window, CBN_SELENDOK);
         if (self && leaving) {
             leaving = false;
             notifyParent(window, CBN_CLOSEUP);
         }
-        if (self) {
+        if (self && news) {
+            notifyParent(window, CBN_SELCHANGE);
+        }
+    }
+
+    void tellKeyMove(int row) {
+        if (dropped && byKey && row != told) {
+            told = row;
+            setCurrentIndex(row);
             notifyParent(window, CBN_SELCHANGE);
         }
     }
 
     HWND window;
     int listHeight;
+    int told = -1;  // the selection that the program knows of
     bool dropped = false;
     bool leaving = false;
+    bool byKey = false;
 };
 
 ComboBox& boxOf(const Window& window) {
@@ -147,7 +196,7 @@ LRESULT entryText(const ComboBox& box, WPARAM index, char* buffer) {
 
 LRESULT select(ComboBox& box, WPARAM index) {
     const bool known = index < box.model.entries.size();
-    box.setCurrentIndex(known ? static_cast<int>(index) : -1);
+    box.select(known ? static_cast<int>(index) : -1);
     return known ? static_cast<LRESULT>(index) : CB_ERR;
 }
 
@@ -169,6 +218,7 @@ LRESULT comboMessage(Window& window, UINT message, WPARAM wParam, LPARAM lParam)
             return box.model.add(reinterpret_cast<const char*>(lParam));
         case CB_RESETCONTENT:
             box.model.clear();
+            box.select(-1);
             return 0;
         case CB_GETCOUNT:
             return static_cast<LRESULT>(box.model.entries.size());

@@ -75,6 +75,10 @@ HGDIOBJ addObject(GdiObject object) {
     return handle;
 }
 
+size_t livingObjects() {
+    return objects().size();
+}
+
 QColor colourOf(HBRUSH brush) {
     const GdiObject* object = findObject(brush);
     return object ? object->colour : QColor(Qt::white);

@@ -170,8 +170,10 @@ void attachMenu(Window& window);
 int menuBarHeight(const Window& window);
 // Chooses the item of the menu bar that begins with the letter, or highlights the next one if several do; 0 if none.
 LRESULT openMenuByLetter(Window& window, BYTE letter);
-// A letter while the bar has the keyboard.
-bool menuBarTakesLetter(const QKeyEvent& key);
+// F10, and a letter while the bar has the keyboard.
+bool menuBarTakesKey(const QKeyEvent& key);
+// Gives the keyboard back once the bar has nothing highlighted any more.
+void leaveMenuBar();
 
 // Resources: raw data by type and id; empty if there is none.
 enum ResourceType : unsigned {
@@ -197,6 +199,13 @@ const std::array<char16_t, 256>& codePageTable(int codePage);
 // The face, style and size that dialogs and menus use: points at 96 dots an inch.
 QFont uiFont(int points);
 QSize dialogBaseUnits(const QFont& font);
+
+// How many of each there are now; what is made must also be freed.
+size_t livingWindows();
+size_t livingMenus();
+size_t livingObjects();
+size_t livingContexts();
+size_t livingTimers();
 
 void installStyle();
 void reportUnsupported(const char* what, const QString& detail);

@@ -164,16 +164,22 @@ void watchLoop(QMenuBar& bar, HWND window) {
     }
 }
 
+// Who had the keyboard before the bar took it.
+QPointer<QWidget> focusBeforeBar;
+
 // Highlights an item of the bar without choosing it, as Alt and the arrow keys do.
 void selectOnBar(QMenuBar& bar, QAction& action) {
     if (!bar.hasFocus()) {
-        QWidget* window = bar.window();
-        QKeyEvent press(QEvent::ShortcutOverride, Qt::Key_Alt, Qt::AltModifier);
-        QKeyEvent release(QEvent::KeyRelease, Qt::Key_Alt, Qt::NoModifier);
-        handOnDirectly(*window, press);
-        handOnDirectly(*window, release);
+        focusBeforeBar = QApplication::focusWidget();
+        bar.setFocus(Qt::MenuBarFocusReason);
     }
-    for (qsizetype steps = bar.actions().size(); steps > 0 && bar.activeAction() != &action; --steps) {
+    // Making an item active opens its popup, so the way to one that has a popup goes from one that has none.
+    const QList<QAction*> items = bar.actions();
+    const auto plain = std::ranges::find_if(items, [](const QAction* item) { return !item->menu(); });
+    if (!bar.activeAction() && plain != items.end()) {
+        bar.setActiveAction(*plain);
+    }
+    for (qsizetype steps = items.size(); steps > 0 && bar.activeAction() != &action; --steps) {
         QKeyEvent right(QEvent::KeyPress, Qt::Key_Right, Qt::NoModifier);
         handOnDirectly(bar, right);
     }
@@ -219,6 +225,10 @@ void attachMenu(Window& window) {
     bar->show();
 }
 
+size_t livingMenus() {
+    return menus().size();
+}
+
 LRESULT openMenuByLetter(Window& window, BYTE letter) {
     QMenuBar* bar = window.outer ? window.outer->findChild<QMenuBar*>() : nullptr;
     const QString wanted = decode(QByteArray(1, static_cast<char>(letter)), controlCodePage());
@@ -245,17 +255,38 @@ LRESULT openMenuByLetter(Window& window, BYTE letter) {
     return 1;
 }
 
-bool menuBarTakesLetter(const QKeyEvent& key) {
-    const auto* bar = qobject_cast<QMenuBar*>(QApplication::focusWidget());
-    if (!bar || key.text().isEmpty() || !key.text().at(0).isLetterOrNumber()) {
+bool menuBarTakesKey(const QKeyEvent& key) {
+    QWidget* active = QApplication::activeWindow();
+    QMenuBar* bar = active ? active->findChild<QMenuBar*>() : nullptr;
+    if (!bar) {
         return false;
     }
+    if (!bar->activeAction()) {
+        const bool enters = key.key() == Qt::Key_F10 && key.modifiers() == Qt::NoModifier;
+        if (enters) {
+            selectOnBar(*bar, *bar->actions().first());
+        }
+        return enters;
+    }
+    const bool letter = !key.text().isEmpty() && key.text().at(0).isLetterOrNumber();
     for (Window* window : topLevels()) {
-        if (window->outer == bar->window()) {
+        if (letter && window->outer == active) {
             openMenuByLetter(*window, static_cast<BYTE>(encode(key.text(), controlCodePage()).at(0)));
         }
     }
-    return true;
+    return letter;
+}
+
+void leaveMenuBar() {
+    auto* bar = qobject_cast<QMenuBar*>(QApplication::focusWidget());
+    if (!bar || bar->activeAction()) {
+        return;
+    }
+    if (focusBeforeBar) {
+        focusBeforeBar->setFocus(Qt::MenuBarFocusReason);
+    } else {
+        bar->clearFocus();
+    }
 }
 
 }  // namespace layer

@@ -160,12 +160,13 @@ void handOnKey(HWND window) {
     if (!key || !keyReceiver || movesFocus(*key, window)) {
         return;
     }
-    if (key->type() == QEvent::KeyPress && menuBarTakesLetter(*key)) {
+    if (key->type() == QEvent::KeyPress && menuBarTakesKey(*key)) {
         return;
     }
     handingOn = true;
     QCoreApplication::sendEvent(keyReceiver, key.get());
     handingOn = false;
+    leaveMenuBar();
 }
 
 bool isKey(UINT message) {

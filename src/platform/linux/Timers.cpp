@@ -53,6 +53,10 @@ void killTimers(HWND window) {
     timers.remove_if([&](const Timer& timer) { return timer.window == window; });
 }
 
+size_t livingTimers() {
+    return timers.size();
+}
+
 bool takeDueTimer(MSG& message) {
     const auto due = std::ranges::find(timers, true, &Timer::due);
     if (due == timers.end()) {

@@ -100,6 +100,10 @@ Window* find(HWND handle) {
     return found == registry().end() ? nullptr : found->second.get();
 }
 
+size_t livingWindows() {
+    return registry().size();
+}
+
 Window& desktop() {
     static Window* screen = &makeWindow(Kind::Desktop, nullptr);
     if (const QScreen* primary = QGuiApplication::primaryScreen()) {
