@@ -9,12 +9,24 @@
 #include "shell/AppState.h"
 #include "shell/EmptyPage.h"
 #include "shell/SizeProfiles.h"
+#include "tuning/ConfigurationPage.h"
+#include "tuning/OptionsPage.h"
 
 namespace {
 
 constexpr size_t ProfileCount = 5;
 
 void Nothing() {
+}
+
+void FillConfigurationPage() {
+    FillConfigurationLists();
+    ApplyConfigurationTexts();
+}
+
+void FillOptionsPage() {
+    FillOptionsLists();
+    ApplyOptionsTexts();
 }
 
 void RedrawReadings() {
@@ -50,8 +62,8 @@ constexpr PageRow Pages[] = {
      IDM_CONFIGURATION,
      {IDD_CONFIGURATION1, IDD_CONFIGURATION2, IDD_CONFIGURATION3, IDD_CONFIGURATION4, IDD_CONFIGURATION5},
      176,
-     EmptyPageProc,
-     Nothing,
+     ConfigurationProc,
+     FillConfigurationPage,
      Nothing,
      true,
      Nothing,
@@ -60,8 +72,8 @@ constexpr PageRow Pages[] = {
      IDM_OPTIONS,
      {IDD_OPTIONS1, IDD_OPTIONS2, IDD_OPTIONS3, IDD_OPTIONS4, IDD_OPTIONS5},
      177,
-     EmptyPageProc,
-     Nothing,
+     OptionsProc,
+     FillOptionsPage,
      Nothing,
      true,
      Nothing,

@@ -47,8 +47,8 @@ public:
 };
 
 // Tells its parent what the user does and nothing of what the program does. A choice with the mouse tells SELENDOK,
-// CLOSEUP, SELCHANGE; leaving the list without one SELENDCANCEL, CLOSEUP. A key that moves the selection tells SELCHANGE
-// at once, on the closed list after SELENDOK; Enter on the open list tells SELENDOK, CLOSEUP.
+// CLOSEUP, SELCHANGE; leaving the list without one SELENDCANCEL, CLOSEUP. A key that moves the selection tells
+// SELCHANGE at once, on the closed list after SELENDOK; Enter on the open list tells SELENDOK, CLOSEUP.
 class ComboBox : public QComboBox {
 public:
     ComboBox(QWidget* parent, HWND shown, int dropHeight) : QComboBox(parent), window(shown), listHeight(dropHeight) {
@@ -112,6 +112,8 @@ protected:
     bool eventFilter(QObject* receiver, QEvent* event) override {
         if (event->type() == QEvent::MouseMove || event->type() == QEvent::MouseButtonPress) {
             byKey = false;
+        } else if (event->type() == QEvent::ShortcutOverride) {
+            byKey = true;
         } else if (event->type() == QEvent::KeyPress) {
             byKey = true;
             const auto& key = static_cast<const QKeyEvent&>(*event);

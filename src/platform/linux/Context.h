@@ -7,13 +7,14 @@
 
 namespace layer {
 
-// A font as it is drawn: the glyph and the whole-pixel advance of each of the 256 bytes of its code page.
+// A font as it is drawn: the glyph and the whole-pixel advance of each of the 256 bytes of its code page. Most letters
+// are never drawn, so an advance is asked for at its first use.
 struct DrawnFont {
     QRawFont face;
     int height = 0;
     int ascent = 0;
     std::array<quint32, 256> glyphs{};
-    std::array<int, 256> advances{};
+    mutable std::array<int, 256> advances{};  // -1: not known yet
 };
 
 struct GdiObject {
@@ -53,7 +54,11 @@ struct DeviceContext {
 DeviceContext* findContext(HDC handle);
 // The painter of the context's window or bitmap, set to its clip; null if there is nothing to draw on.
 QPainter* painterOf(DeviceContext& context);
+// Whether a drawing would change anything: false while the same one stands as it was drawn.
+bool drawsAnew(DeviceContext& context, const Drawing& drawing);
 void markDrawn(DeviceContext& context, const QRect& rect);
+// The same for an opaque drawing, which is remembered.
+void markDrawn(DeviceContext& context, const QRect& rect, Drawing drawing);
 
 constexpr QColor toColour(COLORREF colour) {
     return QColor(static_cast<int>(colour & 0xFF), static_cast<int>(colour >> 8 & 0xFF),

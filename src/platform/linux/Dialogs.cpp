@@ -26,7 +26,9 @@ struct ItemKind {
 };
 
 constexpr ItemKind ItemKinds[] = {
-    {0x80, "button", Kind::Button}, {0x82, "static", Kind::Static}, {0x85, "combobox", Kind::Combo}};
+    {0x80, "button", Kind::Button},       {0x81, "edit", Kind::Edit},      {0x82, "static", Kind::Static},
+    {0x84, "scrollbar", Kind::ScrollBar}, {0x85, "combobox", Kind::Combo},
+};
 
 Kind kindOf(const TemplateItem& item) {
     for (const ItemKind& known : ItemKinds) {
@@ -143,7 +145,7 @@ Window* controlAt(const Window& dialog, const QWidget* widget) {
 // Enter presses the focused button, or else the default one.
 int defaultCommand(const Window& dialog) {
     const Window* focused = controlAt(dialog, QApplication::focusWidget());
-    if (focused && focused->kind == Kind::Button) {
+    if (focused && focused->kind == Kind::Button && (focused->style & ButtonTypeMask) <= DefaultButton) {
         return focused->id;
     }
     for (const Window* control : dialog.children) {
@@ -206,10 +208,18 @@ LRESULT defaultDialogProcedure(Window& window, UINT message, WPARAM wParam, LPAR
 }
 
 LRESULT controlMessage(Window& window, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (window.kind == Kind::Combo) {
-        return comboMessage(window, message, wParam, lParam);
+    switch (window.kind) {
+        case Kind::Button:
+            return buttonMessage(window, message, wParam, lParam);
+        case Kind::Combo:
+            return comboMessage(window, message, wParam, lParam);
+        case Kind::Edit:
+            return editMessage(window, message, wParam, lParam);
+        case Kind::ScrollBar:
+            return scrollBarMessage(window, message, wParam, lParam);
+        default:
+            return DefWindowProcA(window.handle, message, wParam, lParam);
     }
-    return DefWindowProcA(window.handle, message, wParam, lParam);
 }
 
 }  // namespace layer

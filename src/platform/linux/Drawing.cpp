@@ -44,20 +44,47 @@ int penMargin(const DeviceContext& context) {
     return context.penWidth / 2 + 1;
 }
 
+Drawing asDrawing(const DeviceContext& context, Drawing::Kind kind, const QRect& rect, QSize corners = {}) {
+    return {kind,
+            rect,
+            QRect(QPoint(), corners),
+            context.penColour.rgb(),
+            context.brushColour.rgb(),
+            static_cast<std::uintptr_t>(context.penWidth),
+            {}};
+}
+
 // Fills and outlines a shape whose Qt rectangle is one pixel smaller, since Qt's outline runs on its right and bottom.
 template <typename Draw>
-BOOL drawShape(HDC dc, const QRect& rect, Draw draw) {
+BOOL drawShape(HDC dc, Drawing::Kind kind, const QRect& rect, QSize corners, Draw draw) {
     DeviceContext* context = findContext(dc);
-    QPainter* painter = context && !rect.isEmpty() ? painterOf(*context) : nullptr;
-    if (!painter) {
+    if (!context || rect.isEmpty()) {
         return context != nullptr;
+    }
+    Drawing drawing = asDrawing(*context, kind, rect, corners);
+    QPainter* painter = drawsAnew(*context, drawing) ? painterOf(*context) : nullptr;
+    if (!painter) {
+        return TRUE;
     }
     painter->setPen(QPen(context->penColour, context->penWidth));
     painter->setBrush(context->brushColour);
     draw(*painter, rect.adjusted(0, 0, -1, -1));
     const int margin = penMargin(*context);
-    markDrawn(*context, rect.adjusted(-margin, -margin, margin, margin));
+    markDrawn(*context, rect.adjusted(-margin, -margin, margin, margin), std::move(drawing));
     return TRUE;
+}
+
+void drawThinRectangle(QPainter& painter, const QRect& rect, QColor pen, QColor brush) {
+    if (pen == brush || rect.width() <= 2 || rect.height() <= 2) {
+        painter.fillRect(rect, pen);
+        return;
+    }
+    const int innerHeight = rect.height() - 2;
+    painter.fillRect(rect.left(), rect.top(), rect.width(), 1, pen);
+    painter.fillRect(rect.left(), rect.bottom(), rect.width(), 1, pen);
+    painter.fillRect(rect.left(), rect.top() + 1, 1, innerHeight, pen);
+    painter.fillRect(rect.right(), rect.top() + 1, 1, innerHeight, pen);
+    painter.fillRect(rect.adjusted(1, 1, -1, -1), brush);
 }
 
 }  // namespace
@@ -169,35 +196,30 @@ BOOL DeleteObject(HGDIOBJ handle) {
 BOOL Rectangle(HDC dc, int left, int top, int right, int bottom) {
     DeviceContext* context = findContext(dc);
     const QRect rect = normalised(left, top, right, bottom);
-    if (context && context->penWidth > 1) {
-        return drawShape(dc, rect, [](QPainter& painter, const QRect& shape) { painter.drawRect(shape); });
-    }
-    QPainter* painter = context && !rect.isEmpty() ? painterOf(*context) : nullptr;
-    if (!painter) {
+    if (!context || rect.isEmpty()) {
         return context != nullptr;
     }
-    if (context->penColour == context->brushColour || rect.width() <= 2 || rect.height() <= 2) {
-        painter->fillRect(rect, context->penColour);
-    } else {
-        const int innerHeight = rect.height() - 2;
-        painter->fillRect(rect.left(), rect.top(), rect.width(), 1, context->penColour);
-        painter->fillRect(rect.left(), rect.bottom(), rect.width(), 1, context->penColour);
-        painter->fillRect(rect.left(), rect.top() + 1, 1, innerHeight, context->penColour);
-        painter->fillRect(rect.right(), rect.top() + 1, 1, innerHeight, context->penColour);
-        painter->fillRect(rect.adjusted(1, 1, -1, -1), context->brushColour);
+    if (context->penWidth > 1) {
+        return drawShape(dc, Drawing::Kind::Rectangle, rect, {},
+                         [](QPainter& painter, const QRect& shape) { painter.drawRect(shape); });
     }
-    markDrawn(*context, rect);
+    Drawing drawing = asDrawing(*context, Drawing::Kind::Rectangle, rect);
+    if (QPainter* painter = drawsAnew(*context, drawing) ? painterOf(*context) : nullptr) {
+        drawThinRectangle(*painter, rect, context->penColour, context->brushColour);
+        markDrawn(*context, rect, std::move(drawing));
+    }
     return TRUE;
 }
 
 BOOL RoundRect(HDC dc, int left, int top, int right, int bottom, int cornerWidth, int cornerHeight) {
-    return drawShape(dc, normalised(left, top, right, bottom), [&](QPainter& painter, const QRect& shape) {
-        painter.drawRoundedRect(shape, cornerWidth / 2.0, cornerHeight / 2.0);
-    });
+    return drawShape(dc, Drawing::Kind::RoundRect, normalised(left, top, right, bottom), {cornerWidth, cornerHeight},
+                     [&](QPainter& painter, const QRect& shape) {
+                         painter.drawRoundedRect(shape, cornerWidth / 2.0, cornerHeight / 2.0);
+                     });
 }
 
 BOOL Ellipse(HDC dc, int left, int top, int right, int bottom) {
-    return drawShape(dc, normalised(left, top, right, bottom),
+    return drawShape(dc, Drawing::Kind::Ellipse, normalised(left, top, right, bottom), {},
                      [](QPainter& painter, const QRect& shape) { painter.drawEllipse(shape); });
 }
 

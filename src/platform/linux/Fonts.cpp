@@ -3,6 +3,7 @@
 #include <QFontInfo>
 #include <QFontMetrics>
 #include <QGlyphRun>
+#include <algorithm>
 #include <cmath>
 
 #include "platform/linux/Context.h"
@@ -20,6 +21,8 @@ constexpr double AverageWidth = 0.4414;
 constexpr double AverageBoldWidth = 0.48;
 // The weight from which the bold face is the nearer one.
 constexpr int BoldFrom = 550;
+// Letters may reach out of their cells by so much.
+constexpr int Overhang = 2;
 
 QFont scaledFont(double em, double stretch, bool bold) {
     QFont font(Face);
@@ -44,12 +47,10 @@ std::shared_ptr<const DrawnFont> makeDrawnFont(const LOGFONTA& description) {
                                              : static_cast<int>(std::lround(em * (CellAscent + CellDescent)));
     drawn->ascent = static_cast<int>(std::lround(drawn->height * CellAscent / (CellAscent + CellDescent)));
     const auto& table = codePageTable(description.lfCharSet == RUSSIAN_CHARSET ? 1251 : 1250);
-    for (size_t byte = 0; byte < table.size(); ++byte) {
-        const QList<quint32> glyphs = drawn->face.glyphIndexesForString(QString(QChar(table[byte])));
-        drawn->glyphs[byte] = glyphs.isEmpty() ? 0 : glyphs.first();
-        const QList<QPointF> advances = drawn->face.advancesForGlyphIndexes({drawn->glyphs[byte]});
-        drawn->advances[byte] = advances.isEmpty() ? 0 : static_cast<int>(std::lround(advances.first().x()));
-    }
+    const QString letters(reinterpret_cast<const QChar*>(table.data()), static_cast<qsizetype>(table.size()));
+    const QList<quint32> glyphs = drawn->face.glyphIndexesForString(letters);
+    std::copy_n(glyphs.begin(), std::min(glyphs.size(), letters.size()), drawn->glyphs.begin());
+    drawn->advances.fill(-1);
     return drawn;
 }
 
@@ -67,12 +68,41 @@ const DrawnFont& fontOf(const DeviceContext& context) {
     return object ? drawnFont(*object) : *fallback;
 }
 
+int advanceOf(const DrawnFont& font, char letter) {
+    const auto byte = static_cast<BYTE>(letter);
+    int& known = font.advances[byte];
+    if (known < 0) {
+        const QList<QPointF> advances = font.face.advancesForGlyphIndexes({font.glyphs[byte]});
+        known = advances.isEmpty() ? 0 : static_cast<int>(std::lround(advances.first().x()));
+    }
+    return known;
+}
+
 int textWidth(const DrawnFont& font, std::span<const char> text) {
     int width = 0;
     for (const char letter : text) {
-        width += font.advances[static_cast<BYTE>(letter)];
+        width += advanceOf(font, letter);
     }
     return width;
+}
+
+// Each letter at a whole pixel of its own.
+QGlyphRun glyphRun(const DrawnFont& font, std::span<const char> letters, QPoint corner) {
+    QList<quint32> glyphs;
+    QList<QPointF> positions;
+    glyphs.reserve(static_cast<qsizetype>(letters.size()));
+    positions.reserve(static_cast<qsizetype>(letters.size()));
+    QPoint at = corner + QPoint(0, font.ascent);
+    for (const char letter : letters) {
+        glyphs.append(font.glyphs[static_cast<BYTE>(letter)]);
+        positions.append(at);
+        at.rx() += advanceOf(font, letter);
+    }
+    QGlyphRun run;
+    run.setRawFont(font.face);
+    run.setGlyphIndexes(glyphs);
+    run.setPositions(positions);
+    return run;
 }
 
 }  // namespace
@@ -134,38 +164,31 @@ BOOL ExtTextOutA(HDC dc, int x, int y, UINT options, const RECT* rect, LPCSTR te
         reportUnsupported("text option", QString::number(options));
     }
     DeviceContext* context = findContext(dc);
-    QPainter* painter = context ? painterOf(*context) : nullptr;
-    if (!painter) {
+    if (!context) {
         return FALSE;
     }
     const DrawnFont& font = fontOf(*context);
     const std::span<const char> letters(text, count);
     const QRect cells(x, y, textWidth(font, letters), font.height);
-    // With a rectangle the background fills that, and behind the characters what stands out of it; the real call also
-    // fills the cells, since the background of the context is opaque.
+    const QRect area = rect && (options & ETO_OPAQUE)
+                           ? QRect(rect->left, rect->top, rect->right - rect->left, rect->bottom - rect->top)
+                           : QRect();
+    Drawing drawing{Drawing::Kind::Text,
+                    cells,
+                    area,
+                    context->textColour,
+                    context->backColour,
+                    reinterpret_cast<std::uintptr_t>(context->font),
+                    QByteArray(text, static_cast<qsizetype>(count))};
+    QPainter* painter = drawsAnew(*context, drawing) ? painterOf(*context) : nullptr;
+    if (!painter) {
+        return TRUE;
+    }
+    // The background fills the cells and the rectangle, if one is given.
     painter->fillRect(cells, toColour(context->backColour));
-    markDrawn(*context, cells.adjusted(-2, 0, 2, 0));
-    if (rect && (options & ETO_OPAQUE)) {
-        const QRect area(rect->left, rect->top, rect->right - rect->left, rect->bottom - rect->top);
-        painter->fillRect(area, toColour(context->backColour));
-        markDrawn(*context, area);
-    }
-    QList<quint32> glyphs;
-    QList<QPointF> positions;
-    glyphs.reserve(static_cast<qsizetype>(count));
-    positions.reserve(static_cast<qsizetype>(count));
-    int left = x;
-    for (const char letter : letters) {
-        const auto byte = static_cast<BYTE>(letter);
-        glyphs.append(font.glyphs[byte]);
-        positions.append(QPointF(left, y + font.ascent));
-        left += font.advances[byte];
-    }
-    QGlyphRun run;
-    run.setRawFont(font.face);
-    run.setGlyphIndexes(glyphs);
-    run.setPositions(positions);
+    painter->fillRect(area, toColour(context->backColour));
     painter->setPen(toColour(context->textColour));
-    painter->drawGlyphRun(QPointF(), run);
+    painter->drawGlyphRun(QPointF(), glyphRun(font, letters, QPoint(x, y)));
+    markDrawn(*context, cells.adjusted(-Overhang, 0, Overhang, 0) | area, std::move(drawing));
     return TRUE;
 }

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "platform/Win32.h"
+#include "platform/linux/Standing.h"
 
 namespace layer {
 
@@ -33,6 +34,7 @@ public:
     // The changed area since the last call, in coarse tiles.
     QRegion takeDirty();
     void paintOn(QPainter& target, const QRegion& region) const;
+    StandingDrawings standing;
     QColor pixel(int x, int y) const;
     QSize size() const {
         return logicalSize;
@@ -56,7 +58,7 @@ private:
     bool anyDirty = false;
 };
 
-enum class Kind { Desktop, Frame, Dialog, Button, Static, Combo };
+enum class Kind { Desktop, Frame, Dialog, Button, Static, Combo, Edit, ScrollBar };
 
 struct Window {
     HWND handle = nullptr;
@@ -132,6 +134,13 @@ QWidget* makeDialogWidget(Window& window);
 void makeControlWidget(Window& window);
 QWidget* makeComboWidget(Window& window);
 LRESULT comboMessage(Window& window, UINT message, WPARAM wParam, LPARAM lParam);
+QWidget* makeCheckBoxWidget(const Window& window);
+QWidget* makeGroupBoxWidget(const Window& window);
+LRESULT buttonMessage(Window& window, UINT message, WPARAM wParam, LPARAM lParam);
+QWidget* makeEditWidget(const Window& window);
+LRESULT editMessage(Window& window, UINT message, WPARAM wParam, LPARAM lParam);
+QWidget* makeScrollBarWidget(const Window& window);
+LRESULT scrollBarMessage(Window& window, UINT message, WPARAM wParam, LPARAM lParam);
 void notifyParent(HWND control, unsigned code);
 // Stops a top-level widget from closing by itself and tells the program; a drag by the user moves the record.
 void askToClose(HWND window, QCloseEvent& event);
@@ -165,7 +174,8 @@ void installInput();
 // Gives Qt a key that does not pass through the program's loop.
 void handOnDirectly(QWidget& receiver, QKeyEvent& key);
 
-// Menus.
+// Menus. A highlighted item of a bar carries this property on its action.
+constexpr const char* HighlightProperty = "highlighted";
 void attachMenu(Window& window);
 int menuBarHeight(const Window& window);
 // Chooses the item of the menu bar that begins with the letter, or highlights the next one if several do; 0 if none.

@@ -108,7 +108,7 @@ void showItem(MenuItem& item) {
     item.action->setIcon(checked ? item.checked : item.unchecked);
     item.action->setCheckable(checked && !pictured);
     item.action->setChecked(checked && !pictured);
-    item.action->setProperty("highlighted", (item.flags & MF_HILITE) != 0);
+    item.action->setProperty(HighlightProperty, (item.flags & MF_HILITE) != 0);
 }
 
 void fillPopup(QMenu& popup, HMENU handle, HWND window);
@@ -247,8 +247,9 @@ LRESULT openMenuByLetter(Window& window, BYTE letter) {
     if (matches.size() > 1) {
         const qsizetype now = matches.indexOf(bar->activeAction());
         selectOnBar(*bar, *matches[(now + 1) % matches.size()]);
-    } else if (matches.first()->menu()) {
+    } else if (QMenu* popup = matches.first()->menu()) {
         bar->setActiveAction(matches.first());
+        popup->setActiveAction(popup->actions().first());
     } else {
         matches.first()->trigger();
     }
@@ -369,11 +370,16 @@ BOOL ModifyMenuA(HMENU menu, UINT id, UINT flags, UINT_PTR newId, LPCSTR text) {
 }
 
 BOOL HiliteMenuItem(HWND, HMENU menu, UINT id, UINT hilite) {
-    const bool found = change(menu, id, hilite & ~MF_HILITE, [&](MenuItem& changed) {
-        changed.flags = (changed.flags & ~MF_HILITE) | (hilite & MF_HILITE);
-    });
-    repaintBars();
-    return found;
+    MenuItem* item = findItem(menu, id, hilite & ~MF_HILITE);
+    if (item && (item->flags & MF_HILITE) != (hilite & MF_HILITE)) {
+        item->flags ^= MF_HILITE;
+        // Nothing else of the action is set, since that would lay the whole bar out anew.
+        if (item->action) {
+            item->action->setProperty(HighlightProperty, (item->flags & MF_HILITE) != 0);
+        }
+        repaintBars();
+    }
+    return item != nullptr;
 }
 
 BOOL SetMenuItemBitmaps(HMENU menu, UINT id, UINT flags, HBITMAP unchecked, HBITMAP checked) {

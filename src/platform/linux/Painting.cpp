@@ -115,6 +115,7 @@ void Surface::markDirty(const QRect& rect) {
     if (inside.isEmpty()) {
         return;
     }
+    standing.cover(inside);
     for (int row = inside.top() / TileSize; row <= inside.bottom() / TileSize; ++row) {
         for (int column = inside.left() / TileSize; column <= inside.right() / TileSize; ++column) {
             dirtyTiles[tileIndex(row, column)] = true;
@@ -239,6 +240,10 @@ void forgetContexts(const Window& window) {
     std::erase_if(contexts(), [&](const auto& entry) { return entry.second.window == window.handle; });
 }
 
+size_t livingContexts() {
+    return contexts().size();
+}
+
 DeviceContext* findContext(HDC handle) {
     const auto found = contexts().find(handle);
     return found == contexts().end() ? nullptr : &found->second;
@@ -263,6 +268,18 @@ QPainter* painterOf(DeviceContext& context) {
         painter->setClipping(false);
     }
     return painter;
+}
+
+bool drawsAnew(DeviceContext& context, const Drawing& drawing) {
+    const Window* window = context.clipped ? nullptr : find(context.window);
+    return !window || !window->surface.standing.contains(drawing);
+}
+
+void markDrawn(DeviceContext& context, const QRect& rect, Drawing drawing) {
+    markDrawn(context, rect);
+    if (Window* window = context.clipped ? nullptr : find(context.window)) {
+        window->surface.standing.add(std::move(drawing), rect);
+    }
 }
 
 void markDrawn(DeviceContext& context, const QRect& rect) {

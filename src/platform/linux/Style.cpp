@@ -31,7 +31,7 @@ public:
             return;
         }
         const QAction* action = bar->actionAt(item->rect.center());
-        const bool highlighted = action && action->property("highlighted").toBool();
+        const bool highlighted = action && action->property(HighlightProperty).toBool();
         const bool active = item->state & State_Selected;
         const QColor ground = active        ? item->palette.color(QPalette::Highlight)
                               : highlighted ? QColor(0xCC, 0xDD, 0xF2)

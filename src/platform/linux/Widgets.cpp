@@ -1,7 +1,9 @@
 // The Qt widgets behind the windows.
 #include <QApplication>
 #include <QCloseEvent>
+#include <QGroupBox>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenuBar>
 #include <QPaintEvent>
 #include <QPushButton>
@@ -22,7 +24,10 @@ constexpr int MenuHeight = 20;
 
 constexpr DWORD ButtonTypeMask = 0x0F;
 constexpr DWORD ButtonMultiline = 0x2000;
+constexpr DWORD PlainButton = 0;
 constexpr DWORD DefaultButton = 1;
+constexpr DWORD AutoCheckBox = 3;
+constexpr DWORD GroupBox = 7;
 constexpr DWORD StaticTypeMask = 0x1F;
 constexpr Qt::WindowFlags DialogFlags =
     Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint;
@@ -173,10 +178,18 @@ namespace {
 
 QWidget* makeButton(const Window& window) {
     const DWORD type = window.style & ButtonTypeMask;
-    if (type > DefaultButton) {
-        reportUnsupported("button type", QString::number(type));
+    switch (type) {
+        case PlainButton:
+        case DefaultButton:
+            return new PushButton(window.parent->client, window.handle, window.style);
+        case AutoCheckBox:
+            return makeCheckBoxWidget(window);
+        case GroupBox:
+            return makeGroupBoxWidget(window);
+        default:
+            reportUnsupported("button type", QString::number(type));
+            return nullptr;
     }
-    return new PushButton(window.parent->client, window.handle, window.style);
 }
 
 // Texts, pictures and etched lines.
@@ -224,6 +237,12 @@ void makeControlWidget(Window& window) {
         case Kind::Combo:
             window.outer = makeComboWidget(window);
             break;
+        case Kind::Edit:
+            window.outer = makeEditWidget(window);
+            break;
+        case Kind::ScrollBar:
+            window.outer = makeScrollBarWidget(window);
+            break;
         default:
             window.outer = makeStatic(window);
     }
@@ -233,8 +252,12 @@ void makeControlWidget(Window& window) {
 
 void applyText(Window& window) {
     const QString text = decode(window.text, controlCodePage());
-    if (auto* button = qobject_cast<QPushButton*>(window.outer.data())) {
+    if (auto* button = qobject_cast<QAbstractButton*>(window.outer.data())) {
         button->setText(text);
+    } else if (auto* box = qobject_cast<QGroupBox*>(window.outer.data())) {
+        box->setTitle(text);
+    } else if (auto* edit = qobject_cast<QLineEdit*>(window.outer.data())) {
+        edit->setText(text);
     } else if (auto* label = qobject_cast<QLabel*>(window.outer.data())) {
         if ((window.style & StaticTypeMask) <= SS_RIGHT) {
             label->setText(text);

@@ -1,0 +1,109 @@
+// Prints one table: each figure beside its reference and what it should be. With words as arguments, only the rows that
+// have one of them in their name: tarvex-benchmarks [WORD...]
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <exception>
+#include <span>
+#include <string>
+
+#include "Rows.h"
+#include "Workplace.h"
+
+namespace {
+
+using benchmarks::Result;
+
+enum class Aim { None, AtMost, AtMostOver, AtMostTimes };
+
+struct Row {
+    const char* what;
+    const char* unit;
+    Result (*measure)();
+    const char* referenceName;  // null: there is none
+    Aim aim;
+    double limit;  // in the unit, in the unit above the reference, or times the reference
+};
+
+// Processes come first: what they share with this one counts as half theirs, and this one is still small then.
+constexpr Row Rows[] = {
+    {"Start to the first complete paint", "ms", benchmarks::StartMilliseconds, "bare window", Aim::AtMostTimes, 1.5},
+    {"Memory at the first paint", "MB", benchmarks::FirstMegabytes, "bare window", Aim::AtMostTimes, 1.5},
+    {"Memory after some seconds", "MB", benchmarks::LaterMegabytes, "bare window", Aim::AtMostTimes, 1.5},
+    {"Processor share, live readings", "%", benchmarks::LiveShare, nullptr, Aim::None, 0},
+    {"Processor share, link lost", "%", benchmarks::LostShare, nullptr, Aim::AtMost, 2},
+    {"Exchange of a tick, median", "ms", benchmarks::ExchangeMedian, "wire", Aim::AtMostOver, 1},
+    {"Exchange of a tick, 95th percentile", "ms", benchmarks::ExchangeSlow, "wire", Aim::AtMostOver, 1},
+    {"Tick, engine running, mean *", "ms", benchmarks::TickRunning, nullptr, Aim::AtMost, 1.5},
+    {"Tick, engine running, 95th percentile *", "ms", benchmarks::TickRunningSlow, nullptr, Aim::None, 0},
+    {"Tick, gauge at rest, mean *", "ms", benchmarks::TickStill, nullptr, Aim::AtMost, 1.5},
+    {"Full repaint, Readings page, median *", "ms", benchmarks::ReadingsRepaint, nullptr, Aim::AtMost, 10},
+};
+
+double MostAllowed(const Row& row, double reference) {
+    switch (row.aim) {
+        case Aim::AtMost:
+            return row.limit;
+        case Aim::AtMostOver:
+            return reference + row.limit;
+        case Aim::AtMostTimes:
+            return reference * row.limit;
+        case Aim::None:
+            break;
+    }
+    return 0;
+}
+
+std::string WithUnit(double value, const char* unit) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.2f %s", value, unit);
+    return text;
+}
+
+void PrintLine(const char* what, const std::string& figure, const std::string& reference, const std::string& aim,
+               const char* verdict) {
+    std::printf("%-40s %11s   %-24s %-14s %s\n", what, figure.c_str(), reference.c_str(), aim.c_str(), verdict);
+    std::fflush(stdout);
+}
+
+void PrintRow(const Row& row) {
+    const Result result = row.measure();
+    const std::string reference =
+        row.referenceName ? std::string(row.referenceName) + " " + WithUnit(result.reference, row.unit) : "-";
+    if (row.aim == Aim::None) {
+        PrintLine(row.what, WithUnit(result.figure, row.unit), reference, "-", "");
+        return;
+    }
+    const double most = MostAllowed(row, result.reference);
+    PrintLine(row.what, WithUnit(result.figure, row.unit), reference, "<= " + WithUnit(most, row.unit),
+              result.figure <= most ? "met" : "missed");
+}
+
+bool IsWanted(const Row& row, std::span<char* const> words) {
+    return words.empty() || std::ranges::any_of(words, [&](const char* word) { return std::strstr(row.what, word); });
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+    try {
+        const benchmarks::Workplace place;
+        std::printf("Screen: %s\n\n", place.screen().c_str());
+        PrintLine("What", "Figure", "Reference", "Aim", "");
+        for (const Row& row : Rows) {
+            if (IsWanted(row, std::span(arguments, static_cast<size_t>(count)).subspan(1))) {
+                PrintRow(row);
+            }
+        }
+        benchmarks::CloseProgram();
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "%s\n", error.what());
+        return 1;
+    }
+    std::printf(
+        "\nMemory is the proportional set size. The bare window has the tool's size, menu bar and button.\n"
+        "* Processor time of all threads of the tool's process, from the message to the pixels handed to the\n"
+        "  screen, in the largest window size; the simulated controller answers without delay and its thread\n"
+        "  is not counted.\n");
+    return 0;
+}

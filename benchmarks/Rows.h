@@ -1,0 +1,33 @@
+// What the table measures. Each procedure measures at its first call and keeps the result, so that the figures of one
+// run can stand in several rows.
+#pragma once
+
+namespace benchmarks {
+
+struct Result {
+    double figure;
+    double reference = 0;  // 0: there is none
+};
+
+// The tool as a process of its own beside the bare window: milliseconds from before the start of the process to its
+// first complete paint, MB at that moment, MB after some seconds with a controller at the true pace.
+Result StartMilliseconds();
+Result FirstMegabytes();
+Result LaterMegabytes();
+// Per cent of one processor, with such a controller and with a port that cannot be opened.
+Result LiveShare();
+Result LostShare();
+
+// Milliseconds of a tick's two exchanges beside the time that their bytes take on the wire.
+Result ExchangeMedian();
+Result ExchangeSlow();
+// Milliseconds of processor time in this process, all threads but the simulated controller's.
+Result TickRunning();
+Result TickRunningSlow();
+Result TickStill();
+Result ReadingsRepaint();
+
+// Closes the windows that the last four have opened.
+void CloseProgram();
+
+}  // namespace benchmarks

@@ -1,0 +1,205 @@
+// Rows about the tool's own procedures, run in this process on its real windows and message loop.
+#include <pthread.h>
+
+#include <QApplication>
+#include <atomic>
+#include <memory>
+#include <vector>
+
+#include "Measure.h"
+#include "Rows.h"
+#include "Workplace.h"
+#include "link/Link.h"
+#include "platform/Win32.h"
+#include "platform/linux/Entry.h"
+#include "shell/AppState.h"
+#include "shell/MainWindow.h"
+#include "shell/SizeProfiles.h"
+#include "simulator/Simulator.h"
+
+namespace benchmarks {
+namespace {
+
+constexpr int Exchanges = 250;
+constexpr int Ticks = 400;
+constexpr int Repaints = 60;
+constexpr int WarmUpTicks = 40;
+constexpr int LargestProfile = 5;
+
+// A tick asks for identity and live values: two requests of 4 bytes and replies of 4 and 11, of ten bits each.
+constexpr double ExchangeBytes = 4 + 4 + 4 + 11;
+constexpr double WireMilliseconds = ExchangeBytes * 10 / 9.6;
+// From one tick to the next where the wire has its true pace.
+constexpr double TickSeconds = 0.074;
+// The engine is driven on for so long first, until it is warm and runs on gas.
+constexpr double WarmEngineSeconds = 120;
+
+std::vector<double> MeasureExchanges() {
+    simulator::Config config;
+    config.portLink = PortLink();
+    std::vector<double> milliseconds;
+    {
+        simulator::Server controller(config);
+        ReadIdentBlock();
+        for (int exchange = 0; exchange < Exchanges; ++exchange) {
+            const double before = ClockMilliseconds(CLOCK_MONOTONIC);
+            ReadIdentBlock();
+            ReadLiveBlock();
+            milliseconds.push_back(ClockMilliseconds(CLOCK_MONOTONIC) - before);
+        }
+    }
+    ClosePort();
+    UnplugPort();
+    return milliseconds;
+}
+
+const std::vector<double>& ExchangeTimes() {
+    static const std::vector<double> times = MeasureExchanges();
+    return times;
+}
+
+// A controller without delay whose clock moves by hand, and a name for the processor clock of its thread.
+class StepController {
+public:
+    StepController() : server(config()) {
+        server.observe([this](const simulator::LogEntry&) {
+            if (!known) {
+                pthread_getcpuclockid(pthread_self(), &threadClock);
+                known = true;
+            }
+        });
+        step(WarmEngineSeconds);
+    }
+
+    void step(double seconds) {
+        server.with([&](simulator::Controller& controller) { controller.step(seconds); });
+    }
+    double processorMilliseconds() const {
+        return known ? ClockMilliseconds(threadClock) : 0;
+    }
+
+private:
+    static simulator::Config config() {
+        simulator::Config config;
+        config.wirePace = false;
+        config.clockRuns = false;
+        config.portLink = PortLink();
+        return config;
+    }
+
+    clockid_t threadClock{};
+    std::atomic<bool> known = false;
+    simulator::Server server;
+};
+
+int noArguments = 1;
+char programName[] = "tarvex-benchmarks";
+char* programArguments[] = {programName, nullptr};
+
+struct Program {
+    QApplication application{noArguments, programArguments};
+    StepController controller;
+    MSG message{};  // the timer's, taken but not yet dispatched
+
+    // Runs the message loop up to the next tick: all that was drawn is then on the screen.
+    void runToTick() {
+        while (GetMessageA(&message, nullptr, 0, 0) && message.message != WM_TIMER) {
+            DispatchMessageA(&message);
+        }
+    }
+    double processorMilliseconds() const {
+        return ClockMilliseconds(CLOCK_PROCESS_CPUTIME_ID) - controller.processorMilliseconds();
+    }
+};
+
+std::unique_ptr<Program> running;
+
+Program& RunningProgram() {
+    if (!running) {
+        running = std::make_unique<Program>();
+        layer::prepareApplication();
+        CreateMainWindow(nullptr);
+        SetSizeProfile(LargestProfile);
+        ApplySizeProfile();
+        PlaceMainWindow();
+        ShowWindow(MainWindow, SW_SHOWDEFAULT);
+        UpdateWindow(MainWindow);
+        running->runToTick();
+    }
+    return *running;
+}
+
+// The message of a tick, and the loop until the next one is due: its exchanges, its drawing, its way to the screen.
+std::vector<double> MeasureTicks(double engineSeconds) {
+    Program& program = RunningProgram();
+    std::vector<double> milliseconds;
+    for (int tick = -WarmUpTicks; tick < Ticks; ++tick) {
+        program.controller.step(engineSeconds);
+        if (tick == 0) {
+            SetTimer(program.message.hwnd, program.message.wParam, 1, nullptr);
+            program.runToTick();
+        }
+        const double before = program.processorMilliseconds();
+        DispatchMessageA(&program.message);
+        program.runToTick();
+        if (tick >= 0) {
+            milliseconds.push_back(program.processorMilliseconds() - before);
+        }
+    }
+    return milliseconds;
+}
+
+const std::vector<double>& RunningTicks() {
+    static const std::vector<double> times = MeasureTicks(TickSeconds);
+    return times;
+}
+
+// As when another window that covered this one goes away.
+std::vector<double> MeasureRepaints() {
+    Program& program = RunningProgram();
+    std::vector<double> milliseconds;
+    for (int repaint = 0; repaint < Repaints; ++repaint) {
+        InvalidateRect(MainWindow, nullptr, TRUE);
+        InvalidateRect(PageWindow, nullptr, TRUE);
+        const double before = program.processorMilliseconds();
+        program.runToTick();
+        milliseconds.push_back(program.processorMilliseconds() - before);
+    }
+    return milliseconds;
+}
+
+}  // namespace
+
+Result ExchangeMedian() {
+    return {Quantile(ExchangeTimes(), 0.5), WireMilliseconds};
+}
+
+Result ExchangeSlow() {
+    return {Quantile(ExchangeTimes(), 0.95), WireMilliseconds};
+}
+
+// The mean, since every fourth tick reads more blocks than the others.
+Result TickRunning() {
+    return {Mean(RunningTicks())};
+}
+
+Result TickRunningSlow() {
+    return {Quantile(RunningTicks(), 0.95)};
+}
+
+Result TickStill() {
+    return {Mean(MeasureTicks(0))};
+}
+
+Result ReadingsRepaint() {
+    return {Quantile(MeasureRepaints(), 0.5)};
+}
+
+void CloseProgram() {
+    if (running) {
+        DestroyWindow(MainWindow);
+        running.reset();
+    }
+}
+
+}  // namespace benchmarks

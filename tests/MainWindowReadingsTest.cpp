@@ -1,0 +1,445 @@
+// The main screen on a living link: what a controller's bytes become on the screen, what goes over the wire, and what
+// faults do.
+#include <QTest>
+#include <QWidget>
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+#include "WindowFixture.h"
+#include "link/Link.h"
+#include "model/Blocks.h"
+#include "platform/linux/Layer.h"
+#include "readings/GaugeTables.h"
+#include "readings/ReadingsModel.h"
+#include "readings/ReadingsPage.h"
+#include "resources/Ids.h"
+#include "shell/AppState.h"
+
+namespace {
+
+// Sizes as the screen's design has them, not as the program's tables do.
+struct Size {
+    int profile;
+    double scaleX, scaleY;
+    int segmentTop, segmentWidth;
+    int segments[4];
+    int lamp;
+};
+constexpr Size Sizes[] = {{1, 0.8, 0.77, 123, 57, {113, 172, 231, 290}, 22},
+                          {2, 1.0, 1.0, 160, 72, {140, 214, 288, 362}, 30},
+                          {5, 1.6, 1.81, 288, 115, {225, 343, 461, 579}, 55}};
+
+constexpr COLORREF SegmentColours[] = {Cyan, DarkGreen, Yellow, Red};
+
+// A design point, a step of some pixels to the side of it, and what stands there.
+struct Spot {
+    const char* what;
+    int x, y;
+    int aside;
+    COLORREF colour;
+};
+
+// Both sides of the edges of a filled strip.
+void addStrip(std::vector<Spot>& spots, const char* what, int left, int right, int y, COLORREF colour,
+              COLORREF outside) {
+    spots.insert(spots.end(), {{what, left, y, 0, colour},
+                               {what, left, y, -1, outside},
+                               {what, right, y, -1, colour},
+                               {what, right, y, 0, outside}});
+}
+
+using CommandList = std::vector<int>;
+
+CommandList commandsOf(const std::vector<simulator::LogEntry>& log) {
+    CommandList commands;
+    for (const simulator::LogEntry& entry : log) {
+        commands.push_back(entry.request.bytes[1]);
+    }
+    return commands;
+}
+
+bool greenish(COLORREF colour) {
+    const int green = colour >> 8 & 0xFF;
+    return green > static_cast<int>(colour & 0xFF) + 50 && green > static_cast<int>(colour >> 16) + 50;
+}
+
+void clickLearn() {
+    QTest::mouseClick(widgetOf(GetDlgItem(PageWindow, IDC_LEARN)), Qt::LeftButton);
+}
+
+}  // namespace
+
+class MainWindowReadings : public WindowFixture {
+protected:
+    // A window on a controller of this family whose first values are read.
+    void startOn(int family) {
+        plugController(family);
+        writeIni(1, "ang");
+        start();
+        ASSERT_TRUE(untilRead());
+    }
+    void setLiveBytes(std::initializer_list<int> values) {
+        std::size_t byte = 1;
+        for (const int value : values) {
+            setLive(byte++, static_cast<std::uint8_t>(value));
+        }
+    }
+    void expectSpots(const Size& size, const std::vector<Spot>& spots) const {
+        for (const Spot& spot : spots) {
+            EXPECT_EQ(page(static_cast<int>(spot.x * size.scaleX) + spot.aside, static_cast<int>(spot.y * size.scaleY)),
+                      spot.colour)
+                << spot.what << " at " << spot.x << "," << spot.y << " aside " << spot.aside;
+        }
+    }
+    void expectSegment(const Size& size, int lit) const {
+        for (int segment = 1; segment <= 4; ++segment) {
+            const int left = size.segments[segment - 1];
+            const COLORREF own = SegmentColours[segment - 1];
+            EXPECT_EQ(page(left + 5, size.segmentTop + 5), segment == lit ? own : Silver) << segment;
+            EXPECT_EQ(page(left, size.segmentTop + 5), own) << segment;
+            EXPECT_EQ(page(left + size.segmentWidth - 1, size.segmentTop + 5), own) << segment;
+        }
+    }
+    // A point of the gauge's table space; both axes follow the width.
+    COLORREF gaugePixel(const Size& size, double x, double y) const {
+        return page(static_cast<int>(495 * size.scaleX + x * size.scaleX),
+                    static_cast<int>(40 * size.scaleX + y * size.scaleX));
+    }
+    COLORREF needlePixel(const Size& size, unsigned index, double part) const {
+        return gaugePixel(size, NeedleBaseX[index] + part * (NeedleTipX[index] - NeedleBaseX[index]),
+                          NeedleBaseY[index] + part * (NeedleTipY[index] - NeedleBaseY[index]));
+    }
+    // Whether the middle of a tick, which is two pixels wide, has this colour.
+    bool tickIs(const Size& size, unsigned tick, COLORREF colour) const {
+        const int x = static_cast<int>((495 + (TickOuterX[4 * tick] + ShortTickX[tick]) / 2.0) * size.scaleX);
+        const int y = static_cast<int>((40 + (TickOuterY[4 * tick] + ShortTickY[tick]) / 2.0) * size.scaleX);
+        return countPixels(PageWindow, {x - 1, y - 1, x + 2, y + 2}, [&](COLORREF pixel) { return pixel == colour; }) >
+               0;
+    }
+    COLORREF lampPixel(const Size& size) const {
+        return page(static_cast<int>(635 * size.scaleX) + size.lamp / 2,
+                    static_cast<int>(470 * size.scaleY) + size.lamp / 2);
+    }
+    RECT wholePage() const {
+        return {5, 10, ProfileWidth - 10, ProfileHeight - 60};
+    }
+    bool untilFrames(std::size_t frames) {
+        return pumpUntil([&] { return server->log().size() >= frames; });
+    }
+};
+
+TEST_F(MainWindowReadings, ShowTheControllersBytesInPlaceAndColour) {
+    for (const int family : {2, 4}) {
+        startOn(family);
+        for (const Size& size : Sizes) {
+            SCOPED_TRACE("family " + std::to_string(family) + ", size " + std::to_string(size.profile));
+            useProfile(size.profile);
+            // Lambda in the middle and rich, third segment, actuator at 90 of base 110, 3000 RPM, on gas.
+            setCell(simulator::LambdaType, 0x10);
+            setCell(simulator::Options, 0x6A);
+            setLiveBytes({100, 128, 90, 110, 0x88, 0x13, 0x4C, 0xC1, 158});
+            ASSERT_TRUE(untilRead());
+            std::vector<Spot> spots{{"ground", 460, 300, 0, Grey},       {"panel", 30, 100, 0, Silver},
+                                    {"gauge panel", 475, 200, 0, Black}, {"status box", 35, 505, 0, White},
+                                    {"fuel box", 495, 470, 0, Cyan},     {"its border", 490, 470, 0, Black}};
+            addStrip(spots, "Lambda block", 268, 308, 62, Red, Silver);
+            addStrip(spots, "actuator bar", 161, 251, 280, Navy, Silver);
+            addStrip(spots, "idle range", 241, 301, 302, Cyan, Silver);
+            addStrip(spots, "drive range", 211, 331, 309, Red, Silver);
+            const int jump = (family == 4 ? 110 + 55 : 180) + 160;
+            addStrip(spots, "jump mark", jump, jump + 2, 295, Black, Silver);
+            spots.erase(
+                std::ranges::find_if(spots, [](const Spot& spot) { return spot.x == 161 && spot.aside == -1; }));
+            expectSpots(size, spots);
+            expectSegment(size, 3);
+            EXPECT_EQ(lampPixel(size), Olive);
+            EXPECT_EQ(gaugePixel(size, 130, 130), Red) << "hub";
+            EXPECT_EQ(needlePixel(size, 60, 1), Red) << "needle tip at 3000";
+            EXPECT_EQ(needlePixel(size, 60, 0.6), Red);
+            EXPECT_TRUE(tickIs(size, 21, PaleGrey));
+            EXPECT_TRUE(tickIs(size, 32, PaleGrey));
+            EXPECT_TRUE(tickIs(size, 33, Red)) << "above the limit of 6500";
+            EXPECT_TRUE(tickIs(size, 39, Red));
+            EXPECT_GT(blackInRow(1), 10);
+            EXPECT_EQ(redInRow(1) + redInRow(3) + redInRow(4), 0);
+            EXPECT_EQ(blackInRow(3) + blackInRow(4), 0);
+            EXPECT_TRUE(pumpUntil([&] {  // one evaluation later than the rest
+                return countPixels(PageWindow,
+                                   {static_cast<int>(590 * size.scaleX), static_cast<int>(290 * size.scaleY),
+                                    static_cast<int>(650 * size.scaleX), static_cast<int>(303 * size.scaleY)},
+                                   greenish) > 0;
+            })) << "LPG ON in green";
+
+            // Everything elsewhere: lean at the left end, first segment, base 60, 6000 RPM, on petrol and too fast.
+            setLiveBytes({20, 0, 10, 60, 0xC4, 0x09, 0x19, 0x04, 70});
+            ASSERT_TRUE(untilRead());
+            spots.clear();
+            addStrip(spots, "Lambda block", 140, 180, 62, DarkGreen, Silver);
+            addStrip(spots, "actuator bar", 161, 171, 280, Navy, Silver);
+            addStrip(spots, "idle range", 191, 251, 302, Cyan, Silver);
+            addStrip(spots, "drive range", 161, 281, 309, Red, Silver);
+            std::erase_if(spots, [](const Spot& spot) { return spot.x == 161 && spot.aside == -1; });
+            spots.push_back({"fuel box", 495, 470, 0, Green});
+            spots.push_back({"old number of the base", 265, 335, 0, Silver});
+            expectSpots(size, spots);
+            expectSegment(size, 1);
+            EXPECT_EQ(needlePixel(size, 120, 0.9), Red) << "needle at 6000";
+            EXPECT_EQ(needlePixel(size, 60, 0.6), Black) << "needle gone from 3000";
+            EXPECT_GT(redInRow(3), 10);
+            EXPECT_GT(redInRow(4), 10);
+            EXPECT_EQ(redInRow(1), 0);
+        }
+        EXPECT_EQ(closeProgram(), 0);
+        EXPECT_TRUE(writtenFrames().empty()) << "watching writes nothing";
+    }
+}
+
+TEST_F(MainWindowReadings, ARepaintBringsAllBack) {
+    startOn(4);
+    for (const Size& size : Sizes) {
+        useProfile(size.profile);
+        setLiveBytes({100, 128, 90, 110, 0x88, 0x13, 0x4C, 0x04, 158});
+        ASSERT_TRUE(untilRead());
+        repaint();
+        const std::vector<COLORREF> before = snapshot(PageWindow, wholePage());
+        const HDC dc = GetDC(PageWindow);
+        Rectangle(dc, 0, 0, ProfileWidth, ProfileHeight);
+        ReleaseDC(PageWindow, dc);
+        ASSERT_EQ(page(300, 300), White);
+        repaint();
+        const std::vector<COLORREF> after = snapshot(PageWindow, wholePage());
+        int differing = 0;
+        for (size_t at = 0; at < before.size(); ++at) {
+            differing += before[at] != after[at];
+        }
+        EXPECT_EQ(differing, 0) << "size " << size.profile;
+    }
+}
+
+TEST_F(MainWindowReadings, TheGaugeIsRoundInEverySize) {
+    startOn(4);
+    // From the hub outwards the last bright pixel is the outer end of the scale.
+    const auto reach = [&](int fromX, int fromY, int stepX, int stepY) {
+        int last = 0;
+        for (int steps = 1; steps < 260; ++steps) {
+            const COLORREF colour = page(fromX + steps * stepX, fromY + steps * stepY);
+            if (colour == Silver || colour == Grey) {
+                break;
+            }
+            last = colour == PaleGrey || colour == Red ? steps : last;
+        }
+        return last;
+    };
+    for (const Size& size : Sizes) {
+        useProfile(size.profile);
+        const int x = static_cast<int>(625 * size.scaleX);
+        const int y = static_cast<int>(170 * size.scaleX);
+        const int left = reach(x, y, -1, 0);
+        EXPECT_NEAR(left, 124 * size.scaleX, 2) << size.profile;
+        EXPECT_NEAR(reach(x, y, 1, 0), left, 2) << size.profile;
+        EXPECT_NEAR(reach(x, y, 0, -1), left, 2) << size.profile;
+    }
+}
+
+TEST_F(MainWindowReadings, PollIdentityAndLiveAndEveryFourthTimeAll) {
+    plugController(4);
+    writeIni(1, "ang");
+    start();
+    ASSERT_TRUE(untilFrames(30));
+    CommandList commands = commandsOf(server->log());
+    commands.resize(30);
+    const CommandList round{1, 2, 1, 2, 1, 2, 1, 2, 3, 4};
+    for (size_t at = 0; at < commands.size(); ++at) {
+        EXPECT_EQ(commands[at], round[at % round.size()]) << "frame " << at;
+    }
+    // Two ticks still count before the link is given up; then the count stands still until it is back.
+    ASSERT_TRUE(pumpUntil([] { return ParamTickCount == 1; }));
+    server->unplug();
+    ASSERT_TRUE(pumpUntil([] { return LinkLost != 0; }));
+    server->clearLog();
+    ASSERT_TRUE(server->replug());
+    ASSERT_TRUE(untilFrames(6));
+    commands = commandsOf(server->log());
+    EXPECT_EQ(CommandList(commands.begin(), commands.begin() + 6), (CommandList{1, 2, 3, 4, 1, 2}));
+}
+
+TEST_F(MainWindowReadings, AreLostAndFoundAgainWithinASecond) {
+    startOn(4);
+    setLiveBytes({100, 128, 90, 110, 0x88, 0x13, 0x4C, 0xC1, 158});
+    ASSERT_TRUE(untilRead());
+    const Size& size = Sizes[1];
+    useProfile(2);
+    ASSERT_EQ(needlePixel(size, 60, 0.6), Red);
+    server->unplug();
+    EXPECT_TRUE(pumpUntil([] { return LinkLost != 0; }, 1));
+    EXPECT_EQ(TimerPeriod, LostLinkPeriod);
+    EXPECT_EQ(ActiveTimerPeriod, LostLinkPeriod);
+    EXPECT_EQ(std::ranges::count(LiveBlock, 0) + std::ranges::count(ParamBlockA, 0), 26) << "mirrors";
+    EXPECT_GT(redInRow(1), 10);
+    EXPECT_GT(blackInRow(3), 10);
+    EXPECT_EQ(redInRow(3) + redInRow(4) + redInRow(5) + blackInRow(4) + blackInRow(5), 0);
+    EXPECT_EQ(OnGas, 0);
+    std::vector<Spot> spots{{"fuel box", 495, 470, 0, Green}, {"old block", 280, 62, 0, Silver}};
+    addStrip(spots, "Lambda block", 140, 180, 62, Yellow, Silver);
+    expectSpots(size, spots);
+    expectSegment(size, 0);
+    EXPECT_EQ(needlePixel(size, 60, 0.6), Black);
+    EXPECT_EQ(needlePixel(size, 0, 0.6), Red) << "needle at 0";
+
+    ASSERT_TRUE(server->replug());
+    EXPECT_TRUE(pumpUntil([] { return LinkLost == 0; }, 1));
+    EXPECT_EQ(TimerPeriod, GoodLinkPeriod);
+    EXPECT_EQ(ActiveTimerPeriod, GoodLinkPeriod);
+    EXPECT_EQ(needlePixel(size, 60, 0.6), Red) << "live values in the same tick";
+    ASSERT_TRUE(untilRead());
+    EXPECT_EQ(redInRow(1), 0);
+    EXPECT_EQ(page(495, 470), Cyan);
+}
+
+TEST_F(MainWindowReadings, LearningStartsAndStopsByTheButton) {
+    const std::pair<int, const char*> frames[] = {{4, "65 1F 32 B6"}, {2, "65 1E 32 B5"}};
+    for (const auto& [family, frame] : frames) {
+        SCOPED_TRACE(family);
+        startOn(family);
+        useProfile(2);
+        const Size& size = Sizes[1];
+        server->with([](simulator::Controller& controller) { controller.step(30); });
+        ASSERT_TRUE(pumpUntil([] { return OnGas != 0; }));
+        clickLearn();
+        EXPECT_EQ(LearnRequested, 1);
+        ASSERT_EQ(writtenFrames().size(), 1u);
+        EXPECT_EQ(hex(writtenFrames().back()), frame);
+        ASSERT_TRUE(pumpUntil([] { return LearnRunning != 0; }));
+        EXPECT_EQ(UpperSegmentLit, 0);
+        EXPECT_EQ(lampPixel(size), Yellow) << "steady with the throttle closed";
+        EXPECT_GT(redInRow(5), 10) << "the throttle is to be opened";
+        setLive(7, 0x2A);
+        ASSERT_TRUE(pumpUntil([] { return UpperSegmentLit != 0; }));
+        EXPECT_GT(blackInRow(5), 10);
+        EXPECT_TRUE(pumpUntil([&] { return lampPixel(size) == Olive; })) << "blinks";
+        EXPECT_TRUE(pumpUntil([&] { return lampPixel(size) == Yellow; }));
+
+        clickLearn();
+        EXPECT_EQ(LearnRequested, 0);
+        EXPECT_GT(redInRow(5), 10) << "the stop is told";
+        ASSERT_TRUE(pumpUntil([] { return LearnRunning == 0; }));
+        EXPECT_EQ(lampPixel(size), Olive);
+        ASSERT_EQ(writtenFrames().size(), 2u);
+        EXPECT_EQ(hex(writtenFrames().back()), frame);
+        const auto notice = snapshot(PageWindow, statusRow(5));
+        server->clearLog();
+        ASSERT_TRUE(untilFrames(10));
+        EXPECT_TRUE(snapshot(PageWindow, statusRow(5)) == notice) << "no result follows a stop";
+        EXPECT_EQ(closeProgram(), 0);
+    }
+}
+
+TEST_F(MainWindowReadings, LearningIsRefusedOnPetrolAndWithoutALink) {
+    startOn(4);
+    setLive(7, 0x18);
+    setLive(8, 0xC0);
+    ASSERT_TRUE(untilRead());
+    ASSERT_EQ(OnGas, 0);
+    clickLearn();
+    EXPECT_EQ(LearnRequested, 0);
+    setLive(8, 0xC1);
+    ASSERT_TRUE(pumpUntil([] { return OnGas != 0; }));
+    server->unplug();
+    ASSERT_TRUE(pumpUntil([] { return LinkLost != 0; }));
+    OnGas = 1;  // the link alone must do
+    clickLearn();
+    EXPECT_EQ(LearnRequested, 0);
+    server->replug();
+    ASSERT_TRUE(untilRead());
+    EXPECT_TRUE(writtenFrames().empty());
+}
+
+TEST_F(MainWindowReadings, AForeignFamilyIsToldAndLeftAlone) {
+    for (const int family : {1, 3, 8}) {
+        SCOPED_TRACE(family);
+        plugController(family);
+        writeIni(1, "ang");
+        start();
+        OnGas = 1;  // as an earlier controller may have left it
+        ASSERT_TRUE(untilFrames(5));
+        EXPECT_EQ(ControllerFamily, family);
+        EXPECT_EQ(LinkLost, 0);
+        const auto told = snapshot(PageWindow, statusRow(1));
+        EXPECT_GT(redInRow(1), 10);
+        EXPECT_EQ(blackInRow(3), 0);
+        clickLearn();
+        EXPECT_EQ(LearnRequested, 0);
+        ASSERT_TRUE(untilFrames(10));
+        for (const int command : commandsOf(server->log())) {
+            EXPECT_EQ(command, 1);
+        }
+        // The text is another one than that of a lost link.
+        server->unplug();
+        ASSERT_TRUE(pumpUntil([] { return LinkLost != 0; }));
+        EXPECT_GT(redInRow(1), 10);
+        EXPECT_FALSE(snapshot(PageWindow, statusRow(1)) == told);
+        EXPECT_EQ(closeProgram(), 0);
+    }
+}
+
+TEST_F(MainWindowReadings, BadRepliesLoseTheLinkAndWriteNothing) {
+    using simulator::FaultKind;
+    const std::pair<const char*, FaultKind> faults[] = {
+        {"silence", FaultKind::Silence}, {"garbage", FaultKind::Garbage}, {"endless", FaultKind::Endless}};
+    for (const auto& [what, fault] : faults) {
+        SCOPED_TRACE(what);
+        startOn(4);
+        setLiveBytes({100, 128, 90, 110, 0x88, 0x13, 0x4C, 0xC1, 158});
+        ASSERT_TRUE(untilRead());
+        server->addFault({fault});
+        ASSERT_TRUE(pumpUntil([] { return LinkLost != 0; }, 30));
+        EXPECT_GT(redInRow(1), 10);
+        clickLearn();
+        server->clearFaults();
+        server->unplug();
+        ASSERT_TRUE(server->replug());
+        ASSERT_TRUE(untilRead()) << "found again";
+        EXPECT_EQ(redInRow(1), 0);
+        EXPECT_TRUE(writtenFrames().empty());
+        EXPECT_EQ(closeProgram(), 0);
+    }
+}
+
+TEST_F(MainWindowReadings, ACutReplyLeavesTheLastGoodValues) {
+    startOn(4);
+    setCell(simulator::LambdaType, 0x10);
+    setLiveBytes({100, 128, 90, 110, 0x88, 0x13, 0x4C, 0xC1, 158});
+    ASSERT_TRUE(untilRead());
+    useProfile(2);
+    const auto live = LiveBlock;
+    for (int tick = 0; tick < 8; ++tick) {
+        server->addFault({simulator::FaultKind::LostByte, 1, 1});
+        const std::size_t frames = server->log().size();
+        ASSERT_TRUE(untilFrames(frames + 2));
+        EXPECT_TRUE(LiveBlock == live);
+        EXPECT_EQ(needlePixel(Sizes[1], 60, 0.6), Red);
+        EXPECT_EQ(page(280, 62), Red);
+    }
+    EXPECT_TRUE(writtenFrames().empty());
+}
+
+TEST_F(MainWindowReadings, StandStillWhileAPauseFlagIsSet) {
+    startOn(4);
+    useProfile(1);
+    for (int* const flag : {&DialogPause, &ComboOpen}) {
+        setLiveBytes({100, 128, 90, 110, 0x88, 0x13, 0x4C, 0xC1, 158});
+        ASSERT_TRUE(untilRead());
+        *flag = 1;
+        server->clearLog();
+        setLive(2, 10);
+        const auto still = snapshot(PageWindow, wholePage());
+        timersRung = 0;
+        ASSERT_TRUE(pumpUntil([] { return timersRung >= 5; })) << "the page's timer goes on";
+        EXPECT_TRUE(server->log().empty());
+        EXPECT_TRUE(snapshot(PageWindow, wholePage()) == still);
+        *flag = 0;
+        EXPECT_TRUE(untilRead());
+        EXPECT_EQ(LiveBlock[LiveByte::Lambda], 10);
+    }
+}

@@ -1,0 +1,239 @@
+#include "WindowFixture.h"
+
+#include <QElapsedTimer>
+#include <QTimer>
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+
+#include "link/Link.h"
+#include "model/Blocks.h"
+#include "platform/linux/Layer.h"
+#include "platform/linux/PortTable.h"
+#include "readings/Canvas.h"
+#include "readings/ReadingsModel.h"
+#include "readings/ReadingsPage.h"
+#include "resources/Ids.h"
+#include "shell/AppState.h"
+#include "shell/MainWindow.h"
+
+int lastExitCode = -1;
+int timersRung = 0;
+
+bool pumpUntil(const std::function<bool()>& condition, double seconds) {
+    const HACCEL accelerators = LoadAcceleratorsA(nullptr, MAKEINTRESOURCEA(IDA_MAIN));
+    QElapsedTimer clock;
+    clock.start();
+    // Wakes a loop that waits for nothing, so that the condition is looked at. Started anew at each round, since posted
+    // messages that came too often would keep all others waiting.
+    QTimer waker;
+    waker.setSingleShot(true);
+    waker.callOnTimeout([] { PostMessageA(GetDesktopWindow(), WM_NULL, 0, 0); });
+    while (!condition()) {
+        if (static_cast<double>(clock.elapsed()) > seconds * 1000) {
+            return false;
+        }
+        waker.start(20);
+        MSG message{};
+        if (!GetMessageA(&message, nullptr, 0, 0)) {
+            lastExitCode = static_cast<int>(message.wParam);
+            return condition();
+        }
+        if (!TranslateAcceleratorA(message.hwnd, accelerators, &message)) {
+            TranslateMessage(&message);
+            DispatchMessageA(&message);
+        }
+        timersRung += message.message == WM_TIMER;
+    }
+    return true;
+}
+
+COLORREF pixelOf(HWND window, int x, int y) {
+    const HDC dc = GetDC(window);
+    const COLORREF colour = GetPixel(dc, x, y);
+    ReleaseDC(window, dc);
+    return colour;
+}
+
+std::vector<COLORREF> snapshot(HWND window, const RECT& area) {
+    std::vector<COLORREF> pixels;
+    const HDC dc = GetDC(window);
+    for (int y = area.top; y < area.bottom; ++y) {
+        for (int x = area.left; x < area.right; ++x) {
+            pixels.push_back(GetPixel(dc, x, y));
+        }
+    }
+    ReleaseDC(window, dc);
+    return pixels;
+}
+
+int countPixels(HWND window, const RECT& area, const std::function<bool(COLORREF)>& wanted) {
+    return static_cast<int>(std::ranges::count_if(snapshot(window, area), wanted));
+}
+
+bool reddish(COLORREF colour) {
+    return (colour & 0xFF) > 200 && (colour >> 8 & 0xFF) < 140 && (colour >> 16) < 140;
+}
+
+bool darkish(COLORREF colour) {
+    return (colour & 0xFF) < 140 && (colour >> 8 & 0xFF) < 140 && (colour >> 16) < 140;
+}
+
+QWidget* widgetOf(HWND window) {
+    const layer::Window* found = layer::find(window);
+    return found ? found->outer.data() : nullptr;
+}
+
+RECT placeOf(HWND window) {
+    RECT place{};
+    GetWindowRect(window, &place);
+    return place;
+}
+
+std::string hex(const simulator::Bytes& bytes) {
+    std::string text;
+    for (const std::uint8_t byte : bytes) {
+        std::array<char, 4> digits{};
+        std::snprintf(digits.data(), digits.size(), text.empty() ? "%02X" : " %02X", byte);
+        text += digits.data();
+    }
+    return text;
+}
+
+void WindowFixture::SetUp() {
+    std::array<char, 24> name{"/tmp/window-test-XXXXXX"};
+    folder = mkdtemp(name.data());
+    usualFolder = std::filesystem::current_path();
+    usualPorts = layer::portDirectory();
+    std::filesystem::create_directory_symlink(LANGUAGE_DIRECTORY, folder / "Lang");
+    std::filesystem::create_directory(folder / "ports");
+    for (int port = 1; port <= layer::PortCount; ++port) {
+        std::filesystem::create_symlink(folder / "nowhere", folder / "ports" / ("COM" + std::to_string(port)));
+    }
+    layer::setPortDirectory(folder / "ports");
+    std::filesystem::current_path(folder);
+}
+
+void WindowFixture::TearDown() {
+    if (IsWindow(MainWindow)) {
+        closeProgram();
+    }
+    server.reset();
+    layer::setPortDirectory(usualPorts);
+    std::filesystem::current_path(usualFolder);
+    std::filesystem::remove_all(folder);
+}
+
+void WindowFixture::writeFile(const std::string& name, const std::string& content) const {
+    std::ofstream(folder / name, std::ios::binary) << content;
+}
+
+std::string WindowFixture::readFile(const std::string& name) const {
+    std::stringstream content;
+    content << std::ifstream(folder / name, std::ios::binary).rdbuf();
+    return content.str();
+}
+
+void WindowFixture::writeIni(unsigned port, const std::string& language) const {
+    writeFile("Tarvex.ini", "[Ustawienia]\nCommPort= " + std::to_string(port) + "\nLanguage= " + language + "\n");
+}
+
+void WindowFixture::plugController(int family) {
+    simulator::Config config;
+    config.family = family;
+    config.wirePace = false;
+    config.clockRuns = false;
+    config.scenario = simulator::Scenario::Idle;
+    config.portLink = folder / "ports/COM1";
+    server = std::make_unique<simulator::Server>(config);
+}
+
+void WindowFixture::setLive(std::size_t byte, std::uint8_t value) {
+    server->with([&](simulator::Controller& controller) { controller.overrideLive(byte, value); });
+}
+
+void WindowFixture::setCell(int cell, std::uint8_t value) {
+    server->with([&](simulator::Controller& controller) { controller.cells.set(cell, value); });
+}
+
+bool WindowFixture::untilRead() {
+    std::array<simulator::Bytes, 3> held;
+    server->with([&](const simulator::Controller& controller) {
+        held = {controller.block(2), controller.block(3), controller.block(4)};
+    });
+    return pumpUntil([&] {
+        return LinkLost == 0 && std::ranges::equal(held[0], LiveBlock) && std::ranges::equal(held[2], ParamBlockB) &&
+               std::equal(held[1].begin(), held[1].end(), ParamBlockA.begin());
+    });
+}
+
+std::vector<simulator::Bytes> WindowFixture::writtenFrames() const {
+    std::vector<simulator::Bytes> frames;
+    for (const simulator::LogEntry& entry : server->log()) {
+        if (entry.isWrite) {
+            frames.emplace_back(entry.request.bytes.begin(), entry.request.bytes.end());
+        }
+    }
+    return frames;
+}
+
+void WindowFixture::start() {
+    ASSERT_TRUE(CreateMainWindow(nullptr));
+    ShowWindow(MainWindow, SW_SHOWDEFAULT);
+    UpdateWindow(MainWindow);
+}
+
+int WindowFixture::closeProgram() {
+    PostMessageA(MainWindow, WM_CLOSE, 0, 0);
+    const int code = RunMessageLoop();
+    PortNumber = 0;
+    LangCode = {};
+    LangTable = {};
+    MainMenu = nullptr;
+    LinkLost = 1;
+    LinkRetries = 0;
+    TimerPeriod = GoodLinkPeriod;
+    ActiveTimerPeriod = 0;
+    IdentBlock = {};
+    LiveBlock = {};
+    ParamBlockA = {};
+    ParamBlockB = {};
+    ParamTickCount = 0;
+    OnGas = 0;
+    LearnRunning = 0;
+    LearnRequested = 0;
+    StatusHold = 0;
+    return code;
+}
+
+void WindowFixture::useProfile(int profile) {
+    constexpr UINT Items[] = {IDM_SIZE_640X480, IDM_SIZE_800X600, IDM_SIZE_1024X768, IDM_SIZE_1280X960,
+                              IDM_SIZE_1280X1024};
+    SendMessageA(MainWindow, WM_COMMAND, Items[profile - 1], 0);
+    repaint();
+}
+
+void WindowFixture::repaint() {
+    InvalidateRect(MainWindow, nullptr, TRUE);
+    InvalidateRect(PageWindow, nullptr, TRUE);
+    UpdateWindow(MainWindow);
+}
+
+COLORREF WindowFixture::page(int x, int y) const {
+    return pixelOf(PageWindow, x, y);
+}
+
+RECT WindowFixture::statusRow(int row) const {
+    const int top = 385 + 20 * row;
+    return {DesignX(40), DesignY(top), DesignX(440), DesignY(top + 20)};
+}
+
+int WindowFixture::redInRow(int row) const {
+    return countPixels(PageWindow, statusRow(row), reddish);
+}
+
+int WindowFixture::blackInRow(int row) const {
+    return countPixels(PageWindow, statusRow(row), darkish);
+}
