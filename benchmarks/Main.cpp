@@ -38,6 +38,11 @@ constexpr Row Rows[] = {
     {"Tick, engine running, 95th percentile *", "ms", benchmarks::TickRunningSlow, nullptr, Aim::None, 0},
     {"Tick, gauge at rest, mean *", "ms", benchmarks::TickStill, nullptr, Aim::AtMost, 1.5},
     {"Full repaint, Readings page, median *", "ms", benchmarks::ReadingsRepaint, nullptr, Aim::AtMost, 10},
+    {"Switch to the Readings page *", "ms", benchmarks::SwitchToReadings, nullptr, Aim::AtMost, 60},
+    {"Switch to the Configuration page *", "ms", benchmarks::SwitchToConfiguration, nullptr, Aim::AtMost, 60},
+    {"Switch to the Options page *", "ms", benchmarks::SwitchToOptions, nullptr, Aim::AtMost, 60},
+    {"Change of size, Readings page *", "ms", benchmarks::ChangeOfSize, nullptr, Aim::AtMost, 60},
+    {"Change of language, Readings page *", "ms", benchmarks::ChangeOfLanguage, nullptr, Aim::AtMost, 60},
 };
 
 double MostAllowed(const Row& row, double reference) {

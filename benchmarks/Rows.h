@@ -26,8 +26,14 @@ Result TickRunning();
 Result TickRunningSlow();
 Result TickStill();
 Result ReadingsRepaint();
+// From a menu command to the last pixel.
+Result SwitchToReadings();
+Result SwitchToConfiguration();
+Result SwitchToOptions();
+Result ChangeOfSize();
+Result ChangeOfLanguage();
 
-// Closes the windows that the last four have opened.
+// Closes the windows that the last nine have opened.
 void CloseProgram();
 
 }  // namespace benchmarks

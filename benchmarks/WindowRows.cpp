@@ -12,6 +12,7 @@
 #include "link/Link.h"
 #include "platform/Win32.h"
 #include "platform/linux/Entry.h"
+#include "resources/Ids.h"
 #include "shell/AppState.h"
 #include "shell/MainWindow.h"
 #include "shell/SizeProfiles.h"
@@ -23,6 +24,7 @@ namespace {
 constexpr int Exchanges = 250;
 constexpr int Ticks = 400;
 constexpr int Repaints = 60;
+constexpr int Commands = 15;
 constexpr int WarmUpTicks = 40;
 constexpr int LargestProfile = 5;
 
@@ -168,6 +170,21 @@ std::vector<double> MeasureRepaints() {
     return milliseconds;
 }
 
+// From two menu commands in turn to the pixels handed to the screen, of the first one each time.
+Result MeasureCommand(unsigned command, unsigned back) {
+    Program& program = RunningProgram();
+    std::vector<double> milliseconds;
+    for (int round = 0; round < Commands; ++round) {
+        const double before = program.processorMilliseconds();
+        SendMessageA(MainWindow, WM_COMMAND, MAKEWPARAM(command, 0), 0);
+        program.runToTick();
+        milliseconds.push_back(program.processorMilliseconds() - before);
+        SendMessageA(MainWindow, WM_COMMAND, MAKEWPARAM(back, 0), 0);
+        program.runToTick();
+    }
+    return {Quantile(milliseconds, 0.5)};
+}
+
 }  // namespace
 
 Result ExchangeMedian() {
@@ -193,6 +210,32 @@ Result TickStill() {
 
 Result ReadingsRepaint() {
     return {Quantile(MeasureRepaints(), 0.5)};
+}
+
+Result SwitchToReadings() {
+    Program& program = RunningProgram();
+    SendMessageA(MainWindow, WM_COMMAND, MAKEWPARAM(IDM_CONFIGURATION, 0), 0);
+    program.runToTick();
+    const Result result = MeasureCommand(IDM_READINGS, IDM_CONFIGURATION);
+    SendMessageA(MainWindow, WM_COMMAND, MAKEWPARAM(IDM_READINGS, 0), 0);
+    program.runToTick();
+    return result;
+}
+
+Result SwitchToConfiguration() {
+    return MeasureCommand(IDM_CONFIGURATION, IDM_READINGS);
+}
+
+Result SwitchToOptions() {
+    return MeasureCommand(IDM_OPTIONS, IDM_READINGS);
+}
+
+Result ChangeOfSize() {
+    return MeasureCommand(IDM_SIZE_1280X1024, IDM_SIZE_1280X960);
+}
+
+Result ChangeOfLanguage() {
+    return MeasureCommand(IDM_LANGUAGE_RUSSIAN, IDM_LANGUAGE_POLISH);
 }
 
 void CloseProgram() {

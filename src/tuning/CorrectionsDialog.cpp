@@ -40,8 +40,10 @@ constexpr std::array Corrections{
 
 constexpr size_t TitleLine = 98;
 constexpr std::array Texts{
-    DialogText{IDC_CORRECTION_BJ_LOW_LABEL, 99},   DialogText{IDC_CORRECTION_BJ_HIGH_LABEL, 100},
-    DialogText{IDC_CORRECTION_DO_LOW_LABEL, 101},  DialogText{IDC_CORRECTION_DO_HIGH_LABEL, 102},
+    DialogText{IDC_CORRECTION_BJ_LOW_LABEL, 99},
+    DialogText{IDC_CORRECTION_BJ_HIGH_LABEL, 100},
+    DialogText{IDC_CORRECTION_DO_LOW_LABEL, 101},
+    DialogText{IDC_CORRECTION_DO_HIGH_LABEL, 102},
     DialogText{IDC_CLOSE, 103},
 };
 

@@ -1,6 +1,6 @@
-// What the tuning dialogs share: their timer, the head of a tick, combo boxes and the way in and out; the head of a tick
-// and the combo boxes serve the pages too. A dialog over a page polls in its place, while the pause flag given here
-// keeps the page off the link.
+// What the tuning dialogs share: their timer, the head of a tick, combo boxes and the way in and out; the head of a
+// tick and the combo boxes serve the pages too. A dialog over a page polls in its place, while the pause flag given
+// here keeps the page off the link.
 #pragma once
 
 #include <cstddef>

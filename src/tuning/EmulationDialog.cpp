@@ -151,7 +151,7 @@ void InitDialog(HWND dialog) {
         }
     }
     SetDialogTexts(dialog, Texts);
-    std::array<char, 2 * LangLineSize> title{};
+    std::array<char, size_t{2} * LangLineSize> title{};
     FormatText(title, "%s:   %s", LangTable[EmulationTypeLine].data(), LangTable[WaveEntryLine].data());
     SetWindowTextA(dialog, title.data());
 }

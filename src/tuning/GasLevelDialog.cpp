@@ -57,13 +57,13 @@ struct CoveredControl {
 };
 
 constexpr std::array CoveredControls{
-    CoveredControl{IDC_GAS_MARK_RESERVE, TRUE},  CoveredControl{IDC_GAS_MARK_1, TRUE},
-    CoveredControl{IDC_GAS_MARK_2, TRUE},        CoveredControl{IDC_GAS_MARK_3, TRUE},
-    CoveredControl{IDC_GAS_MARK_4, TRUE},        CoveredControl{IDC_GAS_FACTORY, FALSE},
-    CoveredControl{IDC_GAS_PROG1_EDIT, FALSE},   CoveredControl{IDC_GAS_PROG2_EDIT, FALSE},
-    CoveredControl{IDC_GAS_PROG3_EDIT, FALSE},   CoveredControl{IDC_GAS_PROG4_EDIT, FALSE},
-    CoveredControl{IDC_GAS_PROG1_BAR, FALSE},    CoveredControl{IDC_GAS_PROG2_BAR, FALSE},
-    CoveredControl{IDC_GAS_PROG3_BAR, FALSE},    CoveredControl{IDC_GAS_PROG4_BAR, FALSE},
+    CoveredControl{IDC_GAS_MARK_RESERVE, TRUE}, CoveredControl{IDC_GAS_MARK_1, TRUE},
+    CoveredControl{IDC_GAS_MARK_2, TRUE},       CoveredControl{IDC_GAS_MARK_3, TRUE},
+    CoveredControl{IDC_GAS_MARK_4, TRUE},       CoveredControl{IDC_GAS_FACTORY, FALSE},
+    CoveredControl{IDC_GAS_PROG1_EDIT, FALSE},  CoveredControl{IDC_GAS_PROG2_EDIT, FALSE},
+    CoveredControl{IDC_GAS_PROG3_EDIT, FALSE},  CoveredControl{IDC_GAS_PROG4_EDIT, FALSE},
+    CoveredControl{IDC_GAS_PROG1_BAR, FALSE},   CoveredControl{IDC_GAS_PROG2_BAR, FALSE},
+    CoveredControl{IDC_GAS_PROG3_BAR, FALSE},   CoveredControl{IDC_GAS_PROG4_BAR, FALSE},
 };
 
 constexpr RECT Ground{0, 0, 500, 260};

@@ -137,15 +137,18 @@ protected:
     void wheelEvent(QWheelEvent* event) override {
         event->ignore();
     }
+    // The open list may take the keyboard for itself; to the program it stays with the box.
     void focusInEvent(QFocusEvent* event) override {
         QComboBox::focusInEvent(event);
-        if (event->reason() != Qt::PopupFocusReason) {
+        if (!focused) {
+            focused = true;
             notifyParent(window, CBN_SETFOCUS);
         }
     }
     void focusOutEvent(QFocusEvent* event) override {
         QComboBox::focusOutEvent(event);
-        if (event->reason() != Qt::PopupFocusReason) {
+        if (event->reason() != Qt::PopupFocusReason && !dropped) {
+            focused = false;
             notifyParent(window, CBN_KILLFOCUS);
         }
     }
@@ -179,6 +182,7 @@ private:
     bool dropped = false;
     bool leaving = false;
     bool byKey = false;
+    bool focused = false;
 };
 
 ComboBox& boxOf(const Window& window) {

@@ -201,7 +201,8 @@ LRESULT defaultDialogProcedure(Window& window, UINT message, WPARAM wParam, LPAR
     }
     const Window* still = find(handle);
     if (!taken && still && still->modal && message == WM_CLOSE) {
-        PostMessageA(handle, WM_COMMAND, MAKEWPARAM(IDCANCEL, BN_CLICKED), 0);
+        PostMessageA(handle, WM_COMMAND, MAKEWPARAM(IDCANCEL, BN_CLICKED),
+                     reinterpret_cast<LPARAM>(GetDlgItem(handle, IDCANCEL)));
         return 0;
     }
     return taken ? 0 : DefWindowProcA(handle, message, wParam, lParam);
@@ -262,6 +263,8 @@ BOOL EndDialog(HWND handle, INT_PTR result) {
     dialog->ended = true;
     dialog->result = result;
     ShowWindow(handle, SW_HIDE);
+    // The end may come from within the desktop's own events; the dialog's loop must notice it all the same.
+    PostMessageA(handle, WM_NULL, 0, 0);
     return TRUE;
 }
 

@@ -24,6 +24,14 @@ constexpr int BoldFrom = 550;
 // Letters may reach out of their cells by so much.
 constexpr int Overhang = 2;
 
+// Cells of the face that dialog templates name, MS Sans Serif of 8, 10, 12, 14 and 18 points, which are a little higher
+// than ours; the templates were laid out for them.
+struct DialogCell {
+    int em;
+    int height;
+};
+constexpr DialogCell DialogCells[] = {{11, 13}, {13, 16}, {16, 20}, {19, 24}, {24, 29}};
+
 QFont scaledFont(double em, double stretch, bool bold) {
     QFont font(Face);
     font.setPixelSize(std::max(1, static_cast<int>(std::lround(em))));
@@ -124,7 +132,10 @@ QSize dialogBaseUnits(const QFont& font) {
     const QFontMetrics metrics(font);
     const QString letters = QStringLiteral("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz");
     const int average = (metrics.horizontalAdvance(letters) / 26 + 1) / 2;
-    const int height = static_cast<int>(std::ceil(font.pixelSize() * (CellAscent + CellDescent)));
+    const auto* known = std::ranges::find(DialogCells, font.pixelSize(), &DialogCell::em);
+    const int height = known != std::end(DialogCells)
+                           ? known->height
+                           : static_cast<int>(std::ceil(font.pixelSize() * (CellAscent + CellDescent)));
     return {average, height};
 }
 

@@ -1,6 +1,7 @@
 // One style, palette and font on every desktop, so that a layout is the same everywhere.
 #include <QApplication>
 #include <QMenuBar>
+#include <QPixmapCache>
 #include <QProxyStyle>
 #include <QStyleFactory>
 #include <QStyleOptionMenuItem>
@@ -15,6 +16,7 @@ namespace {
 
 constexpr int WidestMenuPadding = 8;
 constexpr int NarrowestMenuPadding = 2;
+constexpr int PictureCacheKilobytes = 1024;
 
 class FixedStyle : public QProxyStyle {
 public:
@@ -109,6 +111,8 @@ void installStyle() {
     QApplication::setStyle(new FixedStyle);
     QApplication::setPalette(lightPalette());
     QApplication::setFont(uiFont(9));
+    // The style keeps its pictures of controls apart for each widget, which pages make anew again and again.
+    QPixmapCache::setCacheLimit(PictureCacheKilobytes);
     // A poll of a lost link holds the letters of a search in a list up for a good quarter of a second.
     QApplication::setKeyboardInputInterval(1000);
 }

@@ -49,6 +49,15 @@ protected:
         noteMove(window, *this);
     }
 
+    // The window itself takes the keyboard when it becomes active, so that its accelerators work.
+    bool event(QEvent* event) override {
+        const bool taken = QWidget::event(event);
+        if (event->type() == QEvent::WindowActivate) {
+            setFocus();
+        }
+        return taken;
+    }
+
     void showEvent(QShowEvent*) override {
         connect(windowHandle(), &QWindow::screenChanged, this, &FrameWidget::refreshSurfaces, Qt::UniqueConnection);
     }

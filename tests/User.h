@@ -1,0 +1,55 @@
+// What a user does to the program's windows, and waiting for what comes of it.
+#pragma once
+
+#include <QString>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "WindowFixture.h"
+
+class QAction;
+class QComboBox;
+class QMenu;
+class QMenuBar;
+
+// Runs the program until all that was posted, typed and invalidated has been dealt with.
+void settle();
+
+// The modal dialog on top; null if none is open.
+HWND openDialogWindow();
+
+// Does each step as soon as what it waits for holds, in whatever loop runs then, and waits until all are done and no
+// dialog is open. A step that waits in vain fails the test and ends the dialogs.
+struct Step {
+    const char* what;
+    std::function<bool()> ready;
+    std::function<void()> act;
+};
+void run(const std::vector<Step>& steps);
+
+// Steps of the usual kinds.
+bool always();
+bool dialogShown();
+void clickOn(HWND control);
+void press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+// Alt and a letter as a keyboard sends them.
+void pressAlt(char16_t letter);
+// A letter without a modifier.
+void type(char16_t letter);
+
+QMenuBar& menuBar();
+// The open popup; null if there is none.
+QMenu* popup();
+std::string textOf(const QAction& item);
+// Clicks the item of the bar at a position, counted from 0.
+void clickOnBar(int position);
+// Clicks an item of a drop-down menu, both by position, where a separator counts.
+void choose(int onBar, int item);
+enum BarPosition { FileMenu, PortMenu, SizeMenu, LanguageMenu, FirstPageItem, InformationMenu = 10 };
+
+// The box behind a combo box's window, and a click on its open list's entry.
+QComboBox& boxOf(HWND combo);
+void clickEntry(HWND combo, int row);
+// Moves the mouse to the entry.
+void pointAt(HWND combo, int row);
