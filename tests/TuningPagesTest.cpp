@@ -3,6 +3,7 @@
 #include <QAbstractItemView>
 #include <QComboBox>
 #include <QTimer>
+#include <algorithm>
 #include <array>
 #include <set>
 #include <string>
@@ -25,13 +26,14 @@ using Values = std::vector<unsigned>;
 const std::string Poll = "65 01 01 67, 65 02 02 69, 65 03 03 6B, 65 04 04 6D";
 
 // What every entry of a control writes, from the first on; of a box without and with its tick. Of a value of 16 bits
-// the low byte goes to the cell, then the high one to the next cell.
+// the low byte goes to the cell, then the high one to the next cell. With a mask the other bits of the byte must stay.
 struct Entries {
     int id;
     int cell;
     Values values;
-    std::vector<std::pair<int, std::uint8_t>> held = {};  // cells of the controller before each choice
     bool twoCells = false;
+    unsigned mask = 0;
+    std::vector<std::pair<int, std::uint8_t>> held = {};  // cells of the controller before
 };
 
 Values from(int first, int last, int step = 1) {
@@ -47,31 +49,25 @@ std::vector<Entries> configurationEntries(int family) {
                                5769,  5555, 5357, 5172, 5000, 4838, 4687, 4545, 4411, 4285};
     std::vector<Entries> all = {
         // The point that goes with the sensor follows in the next cell.
-        {1003, 6, {0x1607, 0x7F17, 0x7F27, 0x7F37, 0x7F47, 0x3C57}, {{6, 0x17}}, true},
-        {1003, 6, {0x1608, 0x7F18, 0x7F28, 0x7F38, 0x7F48, 0x3C58}, {{6, 0xF8}}, true},
-        {1013, 7, from(20, 30), {{6, 0x0F}}},
-        {1013, 7, from(50, 65), {{6, 0x50}}},
-        {1013, 7, from(100, 150), {{6, 0x10}}},
+        {1003, 6, {0x1600, 0x7F10, 0x7F20, 0x7F30, 0x7F40, 0x3C50}, true, 0xF0},
+        {1013, 7, from(20, 30), false, 0, {{6, 0x0F}}},
+        {1013, 7, from(50, 65), false, 0, {{6, 0x50}}},
+        {1013, 7, from(100, 150), false, 0, {{6, 0x10}}},
         {1017, 8, from(1, 255)},
-        {1018, 9, {0x00, 0x01, 0x02}, {{9, 0x03}}},
-        {1018, 9, {0xFC, 0xFD, 0xFE}, {{9, 0xFF}}},
+        {1018, 9, {0, 1, 2}, false, 0x03},
         {1019, 10, from(1, 255)},
         {1020, 11, from(1, 255)},
         {1021, 23, from(1, 18)},
-        {1022, 21, switchOver, {}, true},
-        {1023, 5, {0x00, 0x10}, {{5, 0x00}}},
-        {1023, 5, {0xEF, 0xFF}, {{5, 0xFF}}},
-        {1024, 6, {0x50, 0x51, 0x52, 0x56, 0x57, 0x58}, {{6, 0x53}}},
-        {1024, 6, {0xA0, 0xA1, 0xA2, 0xA6, 0xA7, 0xA8}, {{6, 0xAF}}},
+        {1022, 21, switchOver, true},
+        {1023, 5, {0x00, 0x10}, false, 0x10},
+        {1024, 6, {0, 1, 2, 6, 7, 8}, false, 0x0F},
         {1025, 29, from(1, 19)},
         {1026, 14, from(1, 50)},
         {1149, family == 4 ? 37 : 33, from(1, 50)},
-        {1074, 9, {0x00, 0x08}, {{9, 0x00}}},
-        {1074, 9, {0xF7, 0xFF}, {{9, 0xFF}}},
+        {1074, 9, {0x00, 0x08}, false, 0x08},
     };
     if (family == 4) {
-        all.push_back({1140, 9, {0x00, 0x04}, {{9, 0x00}}});
-        all.push_back({1140, 9, {0xFB, 0xFF}, {{9, 0xFF}}});
+        all.push_back({1140, 9, {0x00, 0x04}, false, 0x04});
     }
     return all;
 }
@@ -91,28 +87,21 @@ std::vector<Entries> optionsEntries(int family, int firmware) {
         {1044, 17, from(0, 255)},
         {1045, 16, from(0, 255)},
         {1046, 20, family == 4 ? from(2, 100, 2) : from(0, 255)},
-        {1047, 19, from(0, 250, 5), {{6, 0x50}}},
-        {1047, 19, from(250, 0, -5), {{6, 0x51}}},
-        {1048, 24, cutOff, {}, true},
+        {1047, 19, from(0, 250, 5), false, 0, {{6, 0x50}}},
+        {1047, 19, from(250, 0, -5), false, 0, {{6, 0x51}}},
+        {1048, 24, cutOff, true},
         {1049, 26, from(2, 100, 2)},
-        {1050, 27, gasOff, {}, true},
+        {1050, 27, gasOff, true},
         {1051, 15, temperatures},
-        {1052, 9, {0x00, 0x10, 0x20}, {{9, 0x00}}},
-        {1052, 9, {0xCF, 0xDF, 0xEF}, {{9, 0xFF}}},
-        {1034, 5, {0x04, 0x00}, {{5, 0x00}}},
-        {1034, 5, {0xFF, 0xFB}, {{5, 0xFF}}},
-        {1039, 5, {0x00, 0x08}, {{5, 0x00}, {6, 0x01}}},
-        {1039, 5, {0xF7, 0xFF}, {{5, 0xFF}, {6, 0x00}}},
-        {1040, 5, {0x00, 0x20}, {{5, 0x00}}},
-        {1040, 5, {0xDF, 0xFF}, {{5, 0xFF}}},
-        {1041, 5, {0x00, 0x40}, {{5, 0x00}}},
-        {1041, 5, {0xBF, 0xFF}, {{5, 0xFF}}},
-        {1042, 5, {0x00, 0x02}, {{5, 0x00}}},
-        {1042, 5, {0xFD, 0xFF}, {{5, 0xFF}}},
+        {1052, 9, {0x00, 0x10, 0x20}, false, 0x30},
+        {1034, 5, {0x04, 0x00}, false, 0x04},
+        {1039, 5, {0x00, 0x08}, false, 0x08, {{6, 0x01}}},
+        {1040, 5, {0x00, 0x20}, false, 0x20},
+        {1041, 5, {0x00, 0x40}, false, 0x40},
+        {1042, 5, {0x00, 0x02}, false, 0x02},
     };
     if (family == 4 && firmware >= 5) {
-        all.push_back({1207, 9, {0x40, 0x00}, {{9, 0x00}}});
-        all.push_back({1207, 9, {0xFF, 0xBF}, {{9, 0xFF}}});
+        all.push_back({1207, 9, {0x40, 0x00}, false, 0x40});
     }
     return all;
 }
@@ -161,9 +150,9 @@ std::string textOf(int id) {
     return text.data();
 }
 
-std::string entryOf(int id, WPARAM entry) {
+std::string entryOf(int id, int entry) {
     std::array<char, LangLineSize> text{};
-    ask(id, CB_GETLBTEXT, entry, reinterpret_cast<LPARAM>(text.data()));
+    ask(id, CB_GETLBTEXT, static_cast<WPARAM>(entry), reinterpret_cast<LPARAM>(text.data()));
     return text.data();
 }
 
@@ -171,11 +160,11 @@ std::string line(int number) {
     return LangTable[static_cast<size_t>(number)].data();
 }
 
-// Of all controls of the page that have an id.
-Ids controlsThat(BOOL (*lacks)(HWND)) {
+// All controls of the page that have an id, or those of which something does not hold.
+Ids controls(BOOL (*holds)(HWND) = nullptr) {
     Ids ids;
     for (int id = 1000; id < 1300; ++id) {
-        if (control(id) && !lacks(control(id))) {
+        if (control(id) && !(holds && holds(control(id)))) {
             ids.insert(id);
         }
     }
@@ -311,16 +300,23 @@ protected:
              {"dialog", dialogShown, [] { press(Qt::Key_Escape); }}});
         stopTimer();
     }
-    void expectEntry(int family, const Entries& row, unsigned entry) const {
-        for (const auto& [cell, byte] : row.held) {
-            server->with([&](simulator::Controller& controller) { controller.cells.set(cell, byte); });
+    // Chooses the entry while all bits outside the mask are as in `others`.
+    void expectEntry(int family, const Entries& row, unsigned entry, std::uint8_t others) {
+        if (row.mask != 0) {
+            setCell(row.cell, others);
         }
-        if (!row.held.empty()) {
-            tick();
-            sent();
+        tick();
+        server->clearLog();
+        const unsigned value = row.values[entry] | (row.mask == 0 ? 0 : others & ~row.mask);
+        if (row.id == 1018 && entry == 0) {
+            pickAndClose(row.id, entry);
+            ASSERT_EQ(writtenFrames().size(), 1u);
+            EXPECT_EQ(hex(writtenFrames()[0]), frames(family, row, value)) << "over the dialog of the emulation";
+            server->clearLog();
+        } else {
+            pick(row.id, entry);
+            ASSERT_EQ(sent(), frames(family, row, value)) << row.id << " entry " << entry;
         }
-        pick(row.id, entry);
-        ASSERT_EQ(sent(), frames(family, row, row.values[entry])) << row.id << " entry " << entry;
         select(row.id, isList(row.id) ? -1 : 1 - static_cast<int>(entry));
         tick();
         ASSERT_EQ(sent(), Poll);
@@ -330,8 +326,8 @@ protected:
         connect(family, firmware, IDM_CONFIGURATION);
         for (const UINT page : {IDM_CONFIGURATION, IDM_OPTIONS}) {
             open(page);
-            const auto rows = page == IDM_OPTIONS ? optionsEntries(family, firmware) : configurationEntries(family);
-            for (const Entries& row : rows) {
+            const bool options = page == IDM_OPTIONS;
+            for (const Entries& row : options ? optionsEntries(family, firmware) : configurationEntries(family)) {
                 for (const auto& [cell, byte] : row.held) {
                     setCell(cell, byte);
                 }
@@ -339,20 +335,13 @@ protected:
                 if (isList(row.id)) {
                     EXPECT_EQ(ask(row.id, CB_GETCOUNT), static_cast<LRESULT>(row.values.size())) << row.id;
                 }
-                // The first entry of this list opens a dialog after its write.
-                for (unsigned entry = row.id == 1018 ? 1 : 0; entry < row.values.size(); ++entry) {
-                    expectEntry(family, row, entry);
+                for (unsigned entry = 0; entry < row.values.size(); ++entry) {
+                    expectEntry(family, row, entry, 0x00);
+                    if (row.mask != 0) {
+                        expectEntry(family, row, entry, 0xFF);
+                    }
                     ASSERT_FALSE(HasFatalFailure());
                 }
-                if (row.id == 1018) {
-                    server->clearLog();
-                    pickAndClose(1018, 0);
-                    ASSERT_EQ(writtenFrames().size(), 1u);
-                    EXPECT_EQ(hex(writtenFrames()[0]), frames(family, row, row.values[0]));
-                    tick();
-                    EXPECT_EQ(selected(1018), 0);
-                }
-                sent();
             }
         }
     }
@@ -363,17 +352,9 @@ protected:
         LastByteCount = 99;
         std::vector<BYTE*> places = {L + 4};
         for (size_t at = 0; at < ParamBlockB.size(); ++at) {
-            places.push_back(B + at);
+            places.insert(places.end(), {B + at, A + std::min(at, ParamBlockA.size() - 1)});
         }
-        for (size_t at = 0; at < ParamBlockA.size(); ++at) {
-            places.push_back(A + at);
-        }
-        std::vector<int> lists;
-        for (int id = 1000; id < 1300; ++id) {
-            if (control(id) && isList(id)) {
-                lists.push_back(id);
-            }
-        }
+        const Ids all = controls();
         for (BYTE* const place : places) {
             clearMirrors();
             for (int byte = 0; byte < 256; ++byte) {
@@ -384,8 +365,8 @@ protected:
                         ASSERT_EQ(selected(row.id), row.entry(byte)) << row.id << " at " << byte;
                     }
                 }
-                for (const int id : lists) {
-                    ASSERT_LT(selected(id), ask(id, CB_GETCOUNT)) << id << " at " << byte;
+                for (const int id : all) {
+                    ASSERT_TRUE(!isList(id) || selected(id) < ask(id, CB_GETCOUNT)) << id << " at " << byte;
                 }
             }
         }
@@ -517,8 +498,8 @@ TEST_F(TuningPages, FamilyAndBitsDecideWhatIsOffered) {
         A[2] = static_cast<BYTE>(row.a2);
         A[5] = static_cast<BYTE>(row.a5);
         page == IDM_OPTIONS ? RefreshOptionsPage() : RefreshConfigurationPage();
-        EXPECT_EQ(controlsThat(IsWindowEnabled), row.disabled);
-        EXPECT_EQ(controlsThat(IsWindowVisible), row.hidden);
+        EXPECT_EQ(controls(IsWindowEnabled), row.disabled);
+        EXPECT_EQ(controls(IsWindowVisible), row.hidden);
         EXPECT_EQ(textOf(page == IDM_OPTIONS ? 1064 : 1007), row.text);
         if (page == IDM_OPTIONS) {
             EXPECT_EQ(textOf(1058), line(row.family == 4 ? 126 : 123));
@@ -533,75 +514,66 @@ TEST_F(TuningPages, FamilyAndBitsDecideWhatIsOffered) {
 }
 
 TEST_F(TuningPages, TextsStandInTheirPlaces) {
-    using Lines = std::vector<std::pair<int, int>>;
-    const Lines configuration = {
-        {1126, 35},  {1127, 36},  {1128, 37},  {1129, 38},  {1130, 39}, {1075, 40}, {1076, 41}, {1077, 42}, {1078, 43},
-        {1079, 44},  {1080, 45},  {1081, 46},  {1082, 47},  {1083, 48}, {1084, 49}, {1085, 50}, {1086, 51}, {1088, 52},
-        {1089, 53},  {1090, 54},  {1091, 55},  {1092, 56},  {1087, 57}, {1093, 58}, {1094, 59}, {1095, 60}, {1140, 185},
-        {1074, 187}, {1096, 188}, {1206, 197}};
-    const Lines options = {
-        {1131, 92},  {1132, 93},  {1133, 94},  {1134, 95},  {1135, 96},  {1014, 97},  {1034, 104}, {1075, 105},
-        {1076, 106}, {1077, 107}, {1078, 108}, {1039, 109}, {1065, 111}, {1040, 112}, {1066, 113}, {1067, 114},
-        {1041, 115}, {1042, 116}, {1079, 117}, {1057, 118}, {1085, 119}, {1086, 120}, {1088, 121}, {1136, 122},
-        {1059, 124}, {1060, 125}, {1061, 126}, {1062, 127}, {1063, 128}, {1209, 201}, {1207, 202}};
-    struct List {
-        UINT page;
-        int id;
-        int firstLine, lastLine;  // or, if 0, the texts
-        const char *first = "", *last = "";
+    struct Lines {
+        int id, line, count = 1;  // of ids and lines that rise together, or of a list's entries
     };
-    const std::vector<List> lists = {
-        {IDM_CONFIGURATION, 1003, 0, 0, "0-1 V", "0,8-1,6 V"}, {IDM_CONFIGURATION, 1013, 0, 0, "0,40", "0,60"},
-        {IDM_CONFIGURATION, 1017, 0, 0, "0:05", "21:15"},      {IDM_CONFIGURATION, 1018, 61, 63},
-        {IDM_CONFIGURATION, 1019, 0, 0, "0,025", "6,375"},     {IDM_CONFIGURATION, 1020, 0, 0, "0,025", "6,375"},
-        {IDM_CONFIGURATION, 1021, 64, 81},                     {IDM_CONFIGURATION, 1022, 0, 0, "1500", "3500"},
-        {IDM_CONFIGURATION, 1023, 82, 83},                     {IDM_CONFIGURATION, 1024, 84, 89},
-        {IDM_CONFIGURATION, 1025, 0, 0, "0,04", "0,40"},       {IDM_CONFIGURATION, 1026, 0, 0, "0,1", "5,0"},
-        {IDM_CONFIGURATION, 1149, 0, 0, "0,1", "5,0"},         {IDM_OPTIONS, 1003, 0, 0, "0", "255"},
-        {IDM_OPTIONS, 1013, 0, 0, "-0", "-255"},               {IDM_OPTIONS, 1043, 0, 0, "+0", "+255"},
-        {IDM_OPTIONS, 1044, 0, 0, "-0", "-255"},               {IDM_OPTIONS, 1045, 0, 0, "+0", "+255"},
-        {IDM_OPTIONS, 1046, 0, 0, "2", "100"},                 {IDM_OPTIONS, 1047, 0, 0, "0,0", "5,0"},
-        {IDM_OPTIONS, 1048, 0, 0, "1000", "2500"},             {IDM_OPTIONS, 1049, 0, 0, "2", "100"},
-        {IDM_OPTIONS, 1050, 0, 0, "4000", "8000"},             {IDM_OPTIONS, 1051, 0, 0, "10", "60"},
-        {IDM_OPTIONS, 1052, 129, 131}};
+    struct Page {
+        UINT page;
+        std::vector<Lines> texts, entries;
+        std::vector<std::pair<int, const char*>> ends;  // first and last entry of a list
+    };
+    const std::vector<Page> pages = {
+        {IDM_CONFIGURATION,
+         {{1126, 35, 5}, {1075, 40, 12}, {1088, 52}, {1089, 53, 4}, {1087, 57}, {1093, 58, 3}, {1140, 185}, {1074, 187},
+          {1096, 188}, {1206, 197}},
+         {{1018, 61, 3}, {1021, 64, 18}, {1023, 82, 2}, {1024, 84, 6}},
+         {{1003, "0-1 V..0,8-1,6 V"}, {1013, "0,40..0,60"}, {1017, "0:05..21:15"}, {1019, "0,025..6,375"},
+          {1020, "0,025..6,375"}, {1022, "1500..3500"}, {1025, "0,04..0,40"}, {1026, "0,1..5,0"}, {1149, "0,1..5,0"}}},
+        {IDM_OPTIONS,
+         {{1131, 92, 5}, {1014, 97}, {1034, 104}, {1075, 105, 4}, {1039, 109}, {1065, 111}, {1040, 112}, {1066, 113, 2},
+          {1041, 115, 2}, {1079, 117}, {1057, 118}, {1085, 119, 2}, {1088, 121}, {1136, 122}, {1059, 124, 5},
+          {1209, 201}, {1207, 202}},
+         {{1052, 129, 3}},
+         {{1003, "0..255"}, {1013, "-0..-255"}, {1043, "+0..+255"}, {1044, "-0..-255"}, {1045, "+0..+255"},
+          {1046, "2..100"}, {1047, "0,0..5,0"}, {1048, "1000..2500"}, {1049, "2..100"}, {1050, "4000..8000"},
+          {1051, "10..60"}}},
+    };
     connect(4, 5, IDM_CONFIGURATION);
     setCell(simulator::LambdaType, 0x00);
-    for (const UINT page : {IDM_CONFIGURATION, IDM_OPTIONS}) {
-        open(page);
-        for (const auto& [id, number] : page == IDM_OPTIONS ? options : configuration) {
-            EXPECT_EQ(textOf(id), line(number)) << id;
-        }
-        for (const List& list : lists) {
-            if (list.page != page) {
-                continue;
+    for (const Page& page : pages) {
+        open(page.page);
+        for (const Lines& row : page.texts) {
+            for (int at = 0; at < row.count; ++at) {
+                EXPECT_EQ(textOf(row.id + at), line(row.line + at)) << row.id + at;
             }
-            EXPECT_EQ(entryOf(list.id, 0), list.firstLine ? line(list.firstLine) : list.first) << list.id;
-            const auto last = static_cast<WPARAM>(ask(list.id, CB_GETCOUNT) - 1);
-            EXPECT_EQ(entryOf(list.id, last), list.lastLine ? line(list.lastLine) : list.last) << list.id;
+        }
+        for (const Lines& row : page.entries) {
+            for (int at = 0; at < row.count; ++at) {
+                EXPECT_EQ(entryOf(row.id, at), line(row.line + at)) << row.id;
+            }
+        }
+        for (const auto& [id, ends] : page.ends) {
+            EXPECT_EQ(entryOf(id, 0) + ".." + entryOf(id, static_cast<int>(ask(id, CB_GETCOUNT)) - 1), ends) << id;
         }
     }
 }
 
 TEST_F(TuningPages, OnlyAChoiceWrites) {
     connect(4, 5, IDM_CONFIGURATION);
+    setCell(simulator::LambdaType, 0x00);
     for (const UINT page : {IDM_CONFIGURATION, IDM_OPTIONS, IDM_CONFIGURATION}) {
         open(page);
-        for (int id = 1000; id < 1300; ++id) {
-            if (!control(id)) {
-                continue;
-            }
-            ComboOpen = 0;
-            for (const int code : {2, 3, 5, 6, 7, 7, 8, 9, 10}) {
+        for (const int id : controls()) {
+            for (const int code : {2, 3, 5, 6, CBN_DROPDOWN, 8, 9, 10}) {
                 notify(id, code);
-                const bool list = isList(id);
-                EXPECT_EQ(ComboOpen, list && code == CBN_DROPDOWN ? 1 : 0) << id << " code " << code;
+                EXPECT_EQ(ComboOpen, isList(id) && code == CBN_DROPDOWN ? 1 : 0) << id << " code " << code;
             }
         }
         EXPECT_EQ(sent(), "");
         ComboOpen = 1;
         pick(1013, 4);
+        EXPECT_EQ(sent(), page == IDM_OPTIONS ? "65 21 04 8A" : "65 08 18 85");
         EXPECT_EQ(ComboOpen, 1) << "the close of the list is still to come";
-        EXPECT_EQ(sent(), page == IDM_OPTIONS ? "65 21 04 8A" : sent());
         ComboOpen = 0;
     }
 }
@@ -635,13 +607,12 @@ TEST_F(TuningPages, ChoicesBetweenTwoPollsWorkFromTheOldBytes) {
 TEST_F(TuningPages, ALinkLostBehindAnOpenListShowsOnceItIsClosed) {
     struct Row {
         UINT page;
-        int id;
-        int held, entry, afterLoss;
+        int id, cell, entry;  // of the value 10
     };
-    for (const Row& row : {Row{IDM_CONFIGURATION, 1017, 8, 9, 0}, Row{IDM_OPTIONS, 1043, 31, 10, 0}}) {
+    for (const Row& row : {Row{IDM_CONFIGURATION, 1017, 8, 9}, Row{IDM_OPTIONS, 1043, 31, 10}}) {
         SCOPED_TRACE(row.id);
         connect(4, 5, row.page);
-        setCell(row.held, 10);
+        setCell(row.cell, 10);
         tick();
         EXPECT_EQ(selected(row.id), row.entry);
         run({{"box", always, [=] { clickOn(control(row.id)); }},
@@ -663,10 +634,9 @@ TEST_F(TuningPages, ALinkLostBehindAnOpenListShowsOnceItIsClosed) {
         }
         EXPECT_EQ(LinkLost, 1);
         EXPECT_EQ(ActiveTimerPeriod, 500u);
-        EXPECT_EQ(selected(row.id), row.afterLoss);
         LastByteCount = 99;
-        for (int id = 1000; id < 1300; ++id) {
-            if (control(id) && isList(id) && !(row.page == IDM_CONFIGURATION && id == 1018)) {
+        for (const int id : controls()) {
+            if (isList(id)) {
                 EXPECT_EQ(selected(id), 0) << id;
                 pick(id, 1);
             }

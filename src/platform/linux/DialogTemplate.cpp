@@ -56,7 +56,7 @@ DialogTemplate readDialogTemplate(ResourceReader& in) {
         if (header.extended) {
             in.skip(4);
         }
-        in.text();
+        header.face = in.text();
     }
     return header;
 }

@@ -25,6 +25,7 @@ struct DialogTemplate {
     QRect units;
     QString title;
     int points = 8;
+    QString face;
     unsigned count = 0;
 };
 

@@ -74,7 +74,7 @@ Window& makeDialog(const DialogTemplate& header, Window* parent, Window* owner, 
     dialog.dialogProcedure = procedure;
     dialog.background = FaceColour;
     dialog.font = uiFont(header.points);
-    dialog.baseUnits = dialogBaseUnits(dialog.font);
+    dialog.baseUnits = dialogBaseUnits(dialog.font, header.face);
     dialog.text = encode(header.title, controlCodePage());
     QRect place = toPixels(header.units, dialog.baseUnits);
     if (parent) {

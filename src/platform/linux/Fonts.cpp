@@ -24,8 +24,9 @@ constexpr int BoldFrom = 550;
 // Letters may reach out of their cells by so much.
 constexpr int Overhang = 2;
 
-// Cells of the face that dialog templates name, MS Sans Serif of 8, 10, 12, 14 and 18 points, which are a little higher
-// than ours; the templates were laid out for them.
+// Cells of the faces that most dialog templates name, MS Sans Serif and its kin of 8, 10, 12, 14 and 18 points, which
+// are a little higher than ours; those templates were laid out for them. Arial's cells are ours.
+const QString OwnFace = QStringLiteral("Arial");
 struct DialogCell {
     int em;
     int height;
@@ -128,12 +129,12 @@ QFont uiFont(int points) {
     return font;
 }
 
-QSize dialogBaseUnits(const QFont& font) {
+QSize dialogBaseUnits(const QFont& font, const QString& face) {
     const QFontMetrics metrics(font);
     const QString letters = QStringLiteral("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz");
     const int average = (metrics.horizontalAdvance(letters) / 26 + 1) / 2;
     const auto* known = std::ranges::find(DialogCells, font.pixelSize(), &DialogCell::em);
-    const int height = known != std::end(DialogCells)
+    const int height = face != OwnFace && known != std::end(DialogCells)
                            ? known->height
                            : static_cast<int>(std::ceil(font.pixelSize() * (CellAscent + CellDescent)));
     return {average, height};

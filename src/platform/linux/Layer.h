@@ -208,7 +208,7 @@ QByteArray encode(const QString& text, int codePage);
 const std::array<char16_t, 256>& codePageTable(int codePage);
 // The face, style and size that dialogs and menus use: points at 96 dots an inch.
 QFont uiFont(int points);
-QSize dialogBaseUnits(const QFont& font);
+QSize dialogBaseUnits(const QFont& font, const QString& face);
 
 // How many of each there are now; what is made must also be freed.
 size_t livingWindows();
