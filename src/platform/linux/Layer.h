@@ -181,7 +181,7 @@ int menuBarHeight(const Window& window);
 // Chooses the item of the menu bar that begins with the letter, or highlights the next one if several do; 0 if none.
 LRESULT openMenuByLetter(Window& window, BYTE letter);
 // F10, and a letter while the bar has the keyboard.
-bool menuBarTakesKey(const QKeyEvent& key);
+bool menuBarTakesKey(Window& window, const QKeyEvent& key);
 // Gives the keyboard back once the bar has nothing highlighted any more.
 void leaveMenuBar();
 

@@ -256,9 +256,8 @@ LRESULT openMenuByLetter(Window& window, BYTE letter) {
     return 1;
 }
 
-bool menuBarTakesKey(const QKeyEvent& key) {
-    QWidget* active = QApplication::activeWindow();
-    QMenuBar* bar = active ? active->findChild<QMenuBar*>() : nullptr;
+bool menuBarTakesKey(Window& window, const QKeyEvent& key) {
+    QMenuBar* bar = window.outer ? window.outer->findChild<QMenuBar*>() : nullptr;
     if (!bar) {
         return false;
     }
@@ -270,10 +269,8 @@ bool menuBarTakesKey(const QKeyEvent& key) {
         return enters;
     }
     const bool letter = !key.text().isEmpty() && key.text().at(0).isLetterOrNumber();
-    for (Window* window : topLevels()) {
-        if (letter && window->outer == active) {
-            openMenuByLetter(*window, static_cast<BYTE>(encode(key.text(), controlCodePage()).at(0)));
-        }
+    if (letter) {
+        openMenuByLetter(window, static_cast<BYTE>(encode(key.text(), controlCodePage()).at(0)));
     }
     return letter;
 }

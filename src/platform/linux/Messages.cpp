@@ -160,7 +160,8 @@ void handOnKey(HWND window) {
     if (!key || !keyReceiver || movesFocus(*key, window)) {
         return;
     }
-    if (key->type() == QEvent::KeyPress && menuBarTakesKey(*key)) {
+    Window* target = find(window);
+    if (target && key->type() == QEvent::KeyPress && menuBarTakesKey(rootOf(*target), *key)) {
         return;
     }
     handingOn = true;
