@@ -221,24 +221,7 @@ constexpr TuningPage ConfigurationTable = {Groups, Controls};
 }  // namespace
 
 INT_PTR CALLBACK ConfigurationProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    switch (message) {
-        case WM_INITDIALOG:
-            return 1;
-        case WM_DESTROY:
-            return 0;
-        case WM_PAINT:
-            PaintTuningPage(window);
-            return 0;
-        case WM_COMMAND:
-            TakeTuningCommand(ConfigurationTable, wParam);
-            return 0;
-        case WM_TIMER:
-            TickConfiguration();
-            return 0;
-        default:
-            DefWindowProcA(window, message, wParam, lParam);
-            return 0;
-    }
+    return TakeTuningMessage(ConfigurationTable, TickConfiguration, window, message, wParam, lParam);
 }
 
 void FillConfigurationLists() {

@@ -186,24 +186,7 @@ constexpr TuningPage OptionsTable = {Groups, Controls};
 }  // namespace
 
 INT_PTR CALLBACK OptionsProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    switch (message) {
-        case WM_INITDIALOG:
-            return 1;
-        case WM_DESTROY:
-            return 0;
-        case WM_PAINT:
-            PaintTuningPage(window);
-            return 0;
-        case WM_COMMAND:
-            TakeTuningCommand(OptionsTable, wParam);
-            return 0;
-        case WM_TIMER:
-            TickOptions();
-            return 0;
-        default:
-            DefWindowProcA(window, message, wParam, lParam);
-            return 0;
-    }
+    return TakeTuningMessage(OptionsTable, TickOptions, window, message, wParam, lParam);
 }
 
 void FillOptionsLists() {

@@ -165,31 +165,6 @@ void ApplyText(const TuningText& text) {
     }
 }
 
-}  // namespace
-
-void FillTuningLists(const TuningPage& page) {
-    for (const TuningControl& control : page.controls) {
-        FillList(control);
-    }
-}
-
-void ApplyTuningTexts(const TuningPage& page) {
-    for (const TuningText& group : page.groups) {
-        ApplyText(group);
-    }
-    for (const TuningControl& control : page.controls) {
-        ApplyText({control.id, control.line});
-        ApplyText(control.label);
-        ApplyText(control.unit);
-    }
-}
-
-void RefreshTuning(const TuningPage& page) {
-    for (const TuningControl& control : page.controls) {
-        RefreshControl(control);
-    }
-}
-
 void TakeTuningCommand(const TuningPage& page, WPARAM wParam) {
     const WORD id = LOWORD(wParam);
     const WORD code = HIWORD(wParam);
@@ -213,6 +188,31 @@ void PaintTuningPage(HWND window) {
     BeginPaint(window, &paint);
     EndPaint(window, &paint);
     SetWindowPos(window, nullptr, 0, 0, ProfileWidth, ProfileHeight, 0);
+}
+
+}  // namespace
+
+void FillTuningLists(const TuningPage& page) {
+    for (const TuningControl& control : page.controls) {
+        FillList(control);
+    }
+}
+
+void ApplyTuningTexts(const TuningPage& page) {
+    for (const TuningText& group : page.groups) {
+        ApplyText(group);
+    }
+    for (const TuningControl& control : page.controls) {
+        ApplyText({control.id, control.line});
+        ApplyText(control.label);
+        ApplyText(control.unit);
+    }
+}
+
+void RefreshTuning(const TuningPage& page) {
+    for (const TuningControl& control : page.controls) {
+        RefreshControl(control);
+    }
 }
 
 void PollTuningBlocks() {
@@ -243,5 +243,27 @@ void SetTuningText(int id, const char* text) {
     GetWindowTextA(GetDlgItem(PageWindow, id), shown.data(), static_cast<int>(shown.size()));
     if (std::string_view(shown.data()) != text) {
         SetDlgItemTextA(PageWindow, id, text);
+    }
+}
+
+INT_PTR TakeTuningMessage(const TuningPage& page, void (*tick)(), HWND window, UINT message, WPARAM wParam,
+                          LPARAM lParam) {
+    switch (message) {
+        case WM_INITDIALOG:
+            return 1;
+        case WM_DESTROY:
+            return 0;
+        case WM_PAINT:
+            PaintTuningPage(window);
+            return 0;
+        case WM_COMMAND:
+            TakeTuningCommand(page, wParam);
+            return 0;
+        case WM_TIMER:
+            tick();
+            return 0;
+        default:
+            DefWindowProcA(window, message, wParam, lParam);
+            return 0;
     }
 }

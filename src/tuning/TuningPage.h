@@ -85,12 +85,10 @@ void ApplyTuningTexts(const TuningPage& page);
 // Brings every control into line with the mirrors; one that is so already is left alone. Raises no notification.
 void RefreshTuning(const TuningPage& page);
 
-// A notification of a control, as WM_COMMAND brings it in wParam: writes a choice to the controller and keeps
-// ComboOpen. Ids that are not in the table are left alone.
-void TakeTuningCommand(const TuningPage& page, WPARAM wParam);
-
-// The pages' WM_PAINT: starts the timer and puts the page over the client area.
-void PaintTuningPage(HWND window);
+// The dialog procedure of both pages, with the page's own tick: a notification of a control writes a choice to the
+// controller and keeps ComboOpen, a paint starts the timer and puts the page over the client area.
+INT_PTR TakeTuningMessage(const TuningPage& page, void (*tick)(), HWND window, UINT message, WPARAM wParam,
+                          LPARAM lParam);
 
 // The reads of one poll: the identity and, if the link serves, LiveBlock, ParamBlockA and ParamBlockB.
 void PollTuningBlocks();
