@@ -37,6 +37,8 @@ constexpr Row Rows[] = {
     {"Tick, engine running, mean *", "ms", benchmarks::TickRunning, nullptr, Aim::AtMost, 1.5},
     {"Tick, engine running, 95th percentile *", "ms", benchmarks::TickRunningSlow, nullptr, Aim::None, 0},
     {"Tick, gauge at rest, mean *", "ms", benchmarks::TickStill, nullptr, Aim::AtMost, 1.5},
+    {"Tick, Configuration page at rest, mean *", "ms", benchmarks::TickConfiguration, nullptr, Aim::AtMost, 1},
+    {"Tick, Options page at rest, mean *", "ms", benchmarks::TickOptions, nullptr, Aim::AtMost, 1},
     {"Full repaint, Readings page, median *", "ms", benchmarks::ReadingsRepaint, nullptr, Aim::AtMost, 10},
     {"Switch to the Readings page *", "ms", benchmarks::SwitchToReadings, nullptr, Aim::AtMost, 60},
     {"Switch to the Configuration page *", "ms", benchmarks::SwitchToConfiguration, nullptr, Aim::AtMost, 60},

@@ -25,6 +25,8 @@ Result ExchangeSlow();
 Result TickRunning();
 Result TickRunningSlow();
 Result TickStill();
+Result TickConfiguration();
+Result TickOptions();
 Result ReadingsRepaint();
 // From a menu command to the last pixel.
 Result SwitchToReadings();

@@ -185,6 +185,17 @@ Result MeasureCommand(unsigned command, unsigned back) {
     return {Quantile(milliseconds, 0.5)};
 }
 
+// A tick of another page, whose controller stands still.
+Result MeasurePageTick(unsigned command) {
+    Program& program = RunningProgram();
+    SendMessageA(MainWindow, WM_COMMAND, MAKEWPARAM(command, 0), 0);
+    program.runToTick();
+    const Result result = {Mean(MeasureTicks(0))};
+    SendMessageA(MainWindow, WM_COMMAND, MAKEWPARAM(IDM_READINGS, 0), 0);
+    program.runToTick();
+    return result;
+}
+
 }  // namespace
 
 Result ExchangeMedian() {
@@ -206,6 +217,14 @@ Result TickRunningSlow() {
 
 Result TickStill() {
     return {Mean(MeasureTicks(0))};
+}
+
+Result TickConfiguration() {
+    return MeasurePageTick(IDM_CONFIGURATION);
+}
+
+Result TickOptions() {
+    return MeasurePageTick(IDM_OPTIONS);
 }
 
 Result ReadingsRepaint() {

@@ -12,7 +12,7 @@
 #include "model/Blocks.h"
 #include "platform/linux/Layer.h"
 #include "platform/linux/PortTable.h"
-#include "readings/Canvas.h"
+#include "drawing/Canvas.h"
 #include "readings/ReadingsModel.h"
 #include "readings/ReadingsPage.h"
 #include "resources/Ids.h"

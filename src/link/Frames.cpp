@@ -168,6 +168,18 @@ int DecodeIdentity() {
     return ControllerFamily;
 }
 
+void PollIdentity() {
+    ReadIdentBlock();
+    DecodeIdentity();
+}
+
+void KeepTimer(HWND window, UINT_PTR timer) {
+    if (TimerPeriod != ActiveTimerPeriod) {
+        SetTimer(window, timer, TimerPeriod, nullptr);
+        ActiveTimerPeriod = TimerPeriod;
+    }
+}
+
 void WriteCell(unsigned cell, BYTE value) {
     DecodeIdentity();
     if (!FamilyServed()) {

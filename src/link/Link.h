@@ -40,6 +40,9 @@ constexpr UINT GoodLinkPeriod = 50;
 constexpr UINT LostLinkPeriod = 500;
 extern UINT TimerPeriod;
 extern UINT ActiveTimerPeriod;
+// The timers that poll: that of the showing page and that of a dialog over it.
+constexpr UINT_PTR PageTimer = 1;
+constexpr UINT_PTR DialogTimer = 2;
 
 // Bytes moved by the latest write or read on the port.
 extern DWORD LastByteCount;
@@ -72,6 +75,11 @@ void ReadParamBlockC();
 
 // Sets ControllerFamily and FirmwareVersion from IdentBlock and returns the family; a zeroed block gives family 1.
 int DecodeIdentity();
+
+// The head of every tick: ReadIdentBlock and DecodeIdentity.
+void PollIdentity();
+// The end of every tick: starts the window's timer anew if TimerPeriod is no longer what is armed.
+void KeepTimer(HWND window, UINT_PTR timer);
 
 // Writes value to a ParamCell or CommandCell by its number in model/Cells.h, alike for both families. Sends nothing,
 // and leaves LastByteCount alone, unless the identity as last read is of a served family. The reply goes to WriteReply

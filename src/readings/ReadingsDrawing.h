@@ -1,7 +1,7 @@
 // The drawing of the Readings page, straight on PageWindow: what stands still, and the live fields of a ReadingsModel.
 #pragma once
 
-#include "readings/Canvas.h"
+#include "drawing/Canvas.h"
 #include "readings/ReadingsModel.h"
 
 // Arc point, 0 to 160, at which the needle was last drawn. From process start to exit; DrawRpmGauge writes it.

@@ -11,14 +11,13 @@ unsigned ParamTickCount = 0;
 
 namespace {
 
-constexpr UINT_PTR PollTimer = 1;
 // Every fourth tick reads the parameter blocks too, so that the live values stay fast.
 constexpr unsigned TicksPerParamRead = 4;
 constexpr int LearnStoppedLine = 32;
 
 void PaintPage(HWND window) {
     PlaceReadingsPage(window);
-    SetTimer(window, PollTimer, TimerPeriod, nullptr);
+    SetTimer(window, PageTimer, TimerPeriod, nullptr);
 }
 
 void ReadDueBlocks() {
@@ -63,16 +62,12 @@ void TickReadings() {
     if (DialogPause != 0 || ComboOpen != 0) {
         return;
     }
-    ReadIdentBlock();
-    DecodeIdentity();
+    PollIdentity();
     if (LinkServed()) {
         ReadDueBlocks();
     }
     UpdateReadings();
-    if (TimerPeriod != ActiveTimerPeriod) {
-        SetTimer(PageWindow, PollTimer, TimerPeriod, nullptr);
-        ActiveTimerPeriod = TimerPeriod;
-    }
+    KeepTimer(PageWindow, PageTimer);
 }
 
 void UpdateReadings() {

@@ -1,8 +1,8 @@
 #include "shell/About.h"
 
+#include "dialogs/Dialogs.h"
 #include "resources/Ids.h"
 #include "shell/AppState.h"
-#include "shell/DialogHelpers.h"
 
 namespace {
 

@@ -2,11 +2,11 @@
 
 #include <string_view>
 
+#include "dialogs/Dialogs.h"
 #include "link/Link.h"
 #include "model/Text.h"
 #include "resources/Ids.h"
 #include "shell/AppState.h"
-#include "shell/DialogHelpers.h"
 #include "shell/Ini.h"
 
 namespace {

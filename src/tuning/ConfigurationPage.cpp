@@ -240,7 +240,7 @@ void TickConfiguration() {
         PollTuningBlocks();
         RefreshConfigurationPage();
     }
-    FollowTimerPeriod();
+    KeepTimer(PageWindow, PageTimer);
 }
 
 void RefreshConfigurationPage() {

@@ -2,13 +2,13 @@
 
 #include <array>
 
+#include "dialogs/Dialogs.h"
 #include "link/Link.h"
 #include "model/Blocks.h"
 #include "model/Cells.h"
 #include "model/Text.h"
 #include "resources/Ids.h"
 #include "shell/AppState.h"
-#include "shell/DialogHelpers.h"
 #include "tuning/DialogPoll.h"
 #include "tuning/TuningState.h"
 

@@ -3,26 +3,6 @@
 #include "link/Link.h"
 #include "shell/AppState.h"
 
-namespace {
-
-constexpr UINT_PTR PollTimer = 2;
-
-}  // namespace
-
-void SetDialogTexts(HWND dialog, std::span<const DialogText> texts) {
-    for (const DialogText& text : texts) {
-        SetDlgItemTextA(dialog, text.control, LangTable[text.line].data());
-    }
-}
-
-void AddEntry(HWND dialog, int combo, const char* text) {
-    SendDlgItemMessageA(dialog, combo, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text));
-}
-
-void SelectEntry(HWND dialog, int combo, int entry) {
-    SendDlgItemMessageA(dialog, combo, CB_SETCURSEL, static_cast<WPARAM>(entry), 0);
-}
-
 void RunTuningDialog(UINT dialogId, DLGPROC procedure, int& pauseFlag) {
     pauseFlag = 1;
     if (DialogBoxParamA(AppInstance, MAKEINTRESOURCEA(dialogId), PageWindow, procedure, 0) == -1) {
@@ -37,23 +17,15 @@ void CloseTuningDialog(HWND dialog, WORD command, int& pauseFlag) {
 }
 
 void ArmDialogTimer(HWND dialog) {
-    SetTimer(dialog, PollTimer, TimerPeriod, nullptr);
+    SetTimer(dialog, DialogTimer, TimerPeriod, nullptr);
 }
 
 void KeepDialogTimer(HWND dialog) {
-    if (TimerPeriod != ActiveTimerPeriod) {
-        ArmDialogTimer(dialog);
-        ActiveTimerPeriod = TimerPeriod;
-    }
+    KeepTimer(dialog, DialogTimer);
 }
 
 void StopDialogTimer(HWND dialog) {
-    KillTimer(dialog, PollTimer);
-}
-
-void PollIdentity() {
-    ReadIdentBlock();
-    DecodeIdentity();
+    KillTimer(dialog, DialogTimer);
 }
 
 int ChosenEntry(HWND dialog, WORD combo, WORD news) {

@@ -1,22 +1,8 @@
-// What the tuning dialogs share: their timer, the head of a tick, combo boxes and the way in and out; the head of a
-// tick and the combo boxes serve the pages too. A dialog over a page polls in its place, while the pause flag given
-// here keeps the page off the link.
+// What the tuning dialogs share: their timer, combo boxes and the way in and out; the combo boxes serve the pages too.
+// A dialog over a page polls in its place, while the pause flag given here keeps the page off the link.
 #pragma once
 
-#include <cstddef>
-#include <span>
-
 #include "platform/Win32.h"
-
-// A control of a dialog and the language line of its text.
-struct DialogText {
-    int control;
-    std::size_t line;
-};
-
-void SetDialogTexts(HWND dialog, std::span<const DialogText> texts);
-void AddEntry(HWND dialog, int combo, const char* text);
-void SelectEntry(HWND dialog, int combo, int entry);
 
 // Runs a dialog over the page with the pause flag at 1; the dialog clears it when it closes. A dialog that cannot be
 // made leaves the flag at 0.
@@ -28,9 +14,6 @@ void ArmDialogTimer(HWND dialog);
 // At the end of a tick: starts the timer anew if TimerPeriod is no longer what is armed.
 void KeepDialogTimer(HWND dialog);
 void StopDialogTimer(HWND dialog);
-
-// Every tick begins so: the identity, whose reply decides what else may be read.
-void PollIdentity();
 
 // Keeps ComboOpen by what a combo box tells. Returns the entry that the user has chosen, or NoEntry for any other news.
 constexpr int NoEntry = -1;

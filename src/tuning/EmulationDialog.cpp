@@ -4,15 +4,15 @@
 #include <array>
 #include <cstring>
 
+#include "dialogs/Dialogs.h"
+#include "drawing/Palette.h"
 #include "link/Link.h"
 #include "model/Blocks.h"
 #include "model/Cells.h"
 #include "model/Choices.h"
 #include "model/Text.h"
-#include "readings/Palette.h"
 #include "resources/Ids.h"
 #include "shell/AppState.h"
-#include "shell/DialogHelpers.h"
 #include "tuning/DialogPoll.h"
 #include "tuning/TuningState.h"
 

@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <array>
 
+#include "dialogs/Dialogs.h"
+#include "drawing/Palette.h"
 #include "link/Link.h"
 #include "model/Blocks.h"
 #include "model/Cells.h"
-#include "readings/Palette.h"
 #include "resources/Ids.h"
 #include "shell/AppState.h"
-#include "shell/DialogHelpers.h"
 #include "tuning/DialogPoll.h"
 #include "tuning/TuningState.h"
 

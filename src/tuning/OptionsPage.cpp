@@ -205,7 +205,7 @@ void TickOptions() {
         PollTuningBlocks();
         RefreshOptionsPage();
     }
-    FollowTimerPeriod();
+    KeepTimer(PageWindow, PageTimer);
 }
 
 void RefreshOptionsPage() {

@@ -5,6 +5,7 @@
 #include <bit>
 #include <string_view>
 
+#include "dialogs/Dialogs.h"
 #include "link/Link.h"
 #include "model/Cells.h"
 #include "model/Codecs.h"
@@ -12,8 +13,6 @@
 #include "tuning/DialogPoll.h"
 
 namespace {
-
-constexpr UINT_PTR PollTimer = 1;
 
 const char* Line(int line) {
     return LangTable[static_cast<size_t>(line)].data();
@@ -35,24 +34,20 @@ unsigned CellOf(const TuningControl& control) {
     return control.cellOfFamily == nullptr ? control.cell : control.cellOfFamily(ControllerFamily);
 }
 
-void AddEntry(int list, const char* text) {
-    Ask(list, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text));
-}
-
 void AddChoice(int list, const Choice& choice) {
     std::array<char, LangLineSize> text{};
     for (unsigned entry = 0; entry < choice.entries; ++entry) {
         EntryText(choice, entry, text);
-        AddEntry(list, text.data());
+        AddEntry(PageWindow, list, text.data());
     }
 }
 
 void FillList(const TuningControl& control) {
     for (const char* text : control.texts) {
-        AddEntry(control.id, text);
+        AddEntry(PageWindow, control.id, text);
     }
     for (int entry = 0; entry < control.entryLines; ++entry) {
-        AddEntry(control.id, Line(control.firstEntryLine + entry));
+        AddEntry(PageWindow, control.id, Line(control.firstEntryLine + entry));
     }
     if (control.choice != nullptr) {
         AddChoice(control.id, control.firstChoice == nullptr ? control.choice() : control.firstChoice());
@@ -183,7 +178,7 @@ void TakeTuningCommand(const TuningPage& page, WPARAM wParam) {
 }
 
 void PaintTuningPage(HWND window) {
-    SetTimer(window, PollTimer, TimerPeriod, nullptr);
+    SetTimer(window, PageTimer, TimerPeriod, nullptr);
     PAINTSTRUCT paint;
     BeginPaint(window, &paint);
     EndPaint(window, &paint);
@@ -221,13 +216,6 @@ void PollTuningBlocks() {
         ReadLiveBlock();
         ReadParamBlockA();
         ReadParamBlockB();
-    }
-}
-
-void FollowTimerPeriod() {
-    if (TimerPeriod != ActiveTimerPeriod) {
-        SetTimer(PageWindow, PollTimer, TimerPeriod, nullptr);
-        ActiveTimerPeriod = TimerPeriod;
     }
 }
 

@@ -93,9 +93,6 @@ INT_PTR TakeTuningMessage(const TuningPage& page, void (*tick)(), HWND window, U
 // The reads of one poll: the identity and, if the link serves, LiveBlock, ParamBlockA and ParamBlockB.
 void PollTuningBlocks();
 
-// Starts the page's timer anew once the link wants another period.
-void FollowTimerPeriod();
-
 // Enables or disables a control of the page, or sets its text, where that is not so already.
 void EnableTuningControl(int id, bool enable);
 void SetTuningText(int id, const char* text);

@@ -4,8 +4,8 @@
 
 #include <span>
 
+#include "drawing/Palette.h"
 #include "platform/Win32.h"
-#include "readings/Palette.h"
 
 // Design coordinates to pixels of the showing profile, each truncated by itself.
 int DesignX(int x);

@@ -1,4 +1,4 @@
-#include "readings/Palette.h"
+#include "drawing/Palette.h"
 
 #include <cstddef>
 

@@ -1,4 +1,4 @@
-#include "readings/Canvas.h"
+#include "drawing/Canvas.h"
 
 #include <cstddef>
 #include <cstring>

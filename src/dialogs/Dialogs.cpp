@@ -1,0 +1,25 @@
+#include "dialogs/Dialogs.h"
+
+#include "shell/AppState.h"
+
+void CentreDialog(HWND dialog) {
+    RECT rect{};
+    GetWindowRect(dialog, &rect);
+    const int x = (DesktopRect.right - (rect.right - rect.left)) / 2;
+    const int y = (DesktopRect.bottom - (rect.bottom - rect.top)) / 2;
+    SetWindowPos(dialog, nullptr, x, y, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
+}
+
+void SetDialogTexts(HWND dialog, std::span<const DialogText> texts) {
+    for (const DialogText& text : texts) {
+        SetDlgItemTextA(dialog, text.control, LangTable[text.line].data());
+    }
+}
+
+void AddEntry(HWND dialog, int combo, const char* text) {
+    SendDlgItemMessageA(dialog, combo, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text));
+}
+
+void SelectEntry(HWND dialog, int combo, int entry) {
+    SendDlgItemMessageA(dialog, combo, CB_SETCURSEL, static_cast<WPARAM>(entry), 0);
+}

@@ -1,0 +1,26 @@
+// What the modal dialogs of all folders have in common: their place, their texts and their lists. Polling from a dialog
+// is told with the folder that does it.
+#pragma once
+
+#include <cstddef>
+#include <span>
+
+#include "platform/Win32.h"
+
+// Language line of the button that closes a dialog.
+constexpr size_t CloseLine = 160;
+
+// A control of a dialog and the language line of its text.
+struct DialogText {
+    int control;
+    size_t line;
+};
+
+// Puts a dialog into the middle of DesktopRect.
+void CentreDialog(HWND dialog);
+
+void SetDialogTexts(HWND dialog, std::span<const DialogText> texts);
+
+// The lists of combo boxes. An entry of -1 selects nothing.
+void AddEntry(HWND dialog, int combo, const char* text);
+void SelectEntry(HWND dialog, int combo, int entry);

@@ -1,0 +1,104 @@
+// A fitter's session: a controller with factory values is brought to a given set of parameters on both tuning pages,
+// with the mouse and with the keys inside the lists, while the page polls as it does for its user.
+#include <QAbstractItemView>
+#include <cstdlib>
+#include <map>
+#include <vector>
+
+#include "TuningPages.h"
+
+namespace {
+
+enum class By { Mouse, Keys, Tick };
+
+struct Change {
+    int id;
+    By by;
+    int entry = 1;  // 0 for a tick taken away
+};
+
+bool listShown(int id) {
+    return boxOf(control(id)).view()->isVisible();
+}
+
+// One entry on or back at a time, with the list open.
+void walkTo(int id, int entry) {
+    const int steps = entry - selected(id);
+    for (int step = 0; step < std::abs(steps); ++step) {
+        press(steps > 0 ? Qt::Key_Down : Qt::Key_Up);
+    }
+    press(Qt::Key_Return);
+}
+
+void make(const Change& change) {
+    SCOPED_TRACE(change.id);
+    ASSERT_TRUE(pumpUntil([&] { return IsWindowVisible(control(change.id)) && IsWindowEnabled(control(change.id)); }));
+    ASSERT_NE(selected(change.id), change.entry) << "nothing to change";
+    clickOn(control(change.id));
+    if (change.by != By::Tick) {
+        ASSERT_TRUE(pumpUntil([&] { return listShown(change.id) && ComboOpen == 1; }));
+        change.by == By::Mouse ? clickEntry(control(change.id), change.entry) : walkTo(change.id, change.entry);
+        ASSERT_TRUE(pumpUntil([&] { return !listShown(change.id) && ComboOpen == 0; }));
+    }
+}
+
+constexpr Change OnConfiguration[] = {
+    {1003, By::Keys, 2},  {1013, By::Mouse, 30}, {1017, By::Keys, 3},   {1019, By::Mouse, 39}, {1020, By::Keys, 30},
+    {1018, By::Mouse, 1}, {1021, By::Keys, 7},   {1022, By::Mouse, 10}, {1023, By::Keys, 1},   {1140, By::Tick},
+    {1024, By::Mouse, 1}, {1025, By::Keys, 5},   {1026, By::Mouse, 11}, {1074, By::Tick},      {1149, By::Keys, 14},
+};
+constexpr Change OnOptions[] = {
+    {1003, By::Keys, 125}, {1013, By::Mouse, 25}, {1043, By::Keys, 40}, {1044, By::Mouse, 50}, {1045, By::Keys, 70},
+    {1039, By::Tick},      {1046, By::Mouse, 29}, {1047, By::Keys, 24}, {1048, By::Mouse, 4},  {1049, By::Keys, 9},
+    {1041, By::Tick, 0},   {1051, By::Mouse, 15}, {1207, By::Tick, 0},  {1052, By::Keys, 2},
+};
+
+// What the cells hold then; all others are as they were.
+const std::map<int, int> Wanted = {
+    {simulator::Options, 0xBA},     {simulator::LambdaType, 0x21}, {simulator::LambdaPoint, 130},
+    {simulator::LambdaDelay, 4},    {simulator::EmulType, 0xED},   {simulator::EmulBJ_TimeHi, 40},
+    {simulator::EmulBJ_TimeLo, 31}, {simulator::InjectDelay, 12},  {simulator::LPGOnTemp, 171},
+    {simulator::AttMax, 70},        {simulator::AttMin, 50},       {simulator::AttInit, 125},
+    {simulator::TPSJump, 130},      {simulator::AttJump, 60},      {simulator::LPGOnRPMLo, 0x70},
+    {simulator::LPGOnRPMHi, 0x17},  {simulator::IgnitionType, 8},  {simulator::CutOffRPMLo, 0xDA},
+    {simulator::CutOffRPMHi, 0x29}, {simulator::CutOffSteps, 20},  {simulator::TPSInert, 6},
+    {simulator::AttMax_BJ, 40},     {simulator::AttMin_BJ, 25},    {simulator::WOZG, 15},
+};
+
+using TuningSession = TuningPages;
+
+std::map<int, int> cellsOf(simulator::Server& server) {
+    std::map<int, int> cells;
+    server.with([&](simulator::Controller& controller) {
+        for (int cell = simulator::FirstCell; cell <= simulator::LastCell; ++cell) {
+            cells[cell] = controller.cells.get(cell);
+        }
+    });
+    return cells;
+}
+
+}  // namespace
+
+TEST_F(TuningSession, BringsAFactoryNewControllerToAGivenSet) {
+    plugController(4);
+    writeIni(1, "pol");
+    start();
+    ASSERT_TRUE(pumpUntil([] { return LinkLost == 0; }));
+    std::map<int, int> expected = cellsOf(*server);
+    for (const auto& [cell, value] : Wanted) {
+        expected[cell] = value;
+    }
+    for (const UINT page : {IDM_CONFIGURATION, IDM_OPTIONS}) {
+        SendMessageA(MainWindow, WM_COMMAND, page, 0);
+        settle();
+        ASSERT_TRUE(untilRead());
+        for (const Change& change : page == IDM_OPTIONS ? std::span<const Change>(OnOptions) : OnConfiguration) {
+            make(change);
+            ASSERT_FALSE(HasFatalFailure());
+            // What the page shows next is what the controller holds.
+            ASSERT_TRUE(untilRead());
+            ASSERT_TRUE(pumpUntil([&] { return selected(change.id) == change.entry; })) << change.id;
+        }
+    }
+    EXPECT_EQ(cellsOf(*server), expected);
+}
