@@ -8,6 +8,8 @@
 #include <QWheelEvent>
 #include <QWindow>
 #include <algorithm>
+#include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -18,25 +20,12 @@
 
 namespace {
 
-const char* nameOf(WORD code) {
-    switch (code) {
-        case CBN_SELCHANGE:
-            return "SELCHANGE";
-        case CBN_DROPDOWN:
-            return "DROPDOWN";
-        case CBN_CLOSEUP:
-            return "CLOSEUP";
-        case CBN_SELENDOK:
-            return "SELENDOK";
-        case CBN_SELENDCANCEL:
-            return "SELENDCANCEL";
-        case CBN_SETFOCUS:
-            return "SETFOCUS";
-        case CBN_KILLFOCUS:
-            return "KILLFOCUS";
-        default:
-            return "another";
-    }
+std::string nameOf(WORD code) {
+    static const std::map<WORD, const char*> names = {{CBN_SELCHANGE, "SELCHANGE"},       {CBN_DROPDOWN, "DROPDOWN"},
+                                                      {CBN_CLOSEUP, "CLOSEUP"},           {CBN_SELENDOK, "SELENDOK"},
+                                                      {CBN_SELENDCANCEL, "SELENDCANCEL"}, {CBN_SETFOCUS, "SETFOCUS"},
+                                                      {CBN_KILLFOCUS, "KILLFOCUS"}};
+    return names.contains(code) ? names.at(code) : "another";
 }
 
 HWND combo() {
@@ -86,8 +75,7 @@ protected:
                 return true;
             }
             if (message == WM_COMMAND && LOWORD(seen.back().wParam) == IDC_PORTS) {
-                const std::string name = nameOf(HIWORD(seen.back().wParam));
-                told += name + "(" + std::to_string(selection()) + ") ";
+                told += nameOf(HIWORD(seen.back().wParam)) + "(" + std::to_string(selection()) + ") ";
             }
             return observe && observe(window, message);
         };
@@ -116,77 +104,65 @@ protected:
 };
 
 TEST_F(Controls, AComboBoxTellsWhatItsUserDoes) {
+    // What a user or the program does to a box with the entries 0 to 9, of which 2 is selected.
+    const std::map<std::string, std::function<void()>> acts = {
+        {"open", [] { clickOn(combo()); }},
+        {"down", [] { press(Qt::Key_Down); }},
+        {"up", [] { press(Qt::Key_Up); }},
+        {"End", [] { press(Qt::Key_End); }},
+        {"Enter", [] { press(Qt::Key_Return); }},
+        {"Escape", [] { press(Qt::Key_Escape); }},
+        {"space", [] { press(Qt::Key_Space); }},
+        {"F4", [] { press(Qt::Key_F4); }},
+        {"Alt+down", [] { press(Qt::Key_Down, Qt::AltModifier); }},
+        {"Alt+up", [] { press(Qt::Key_Up, Qt::AltModifier); }},
+        {"type7", [] { type(u'7'); }},
+        {"typeX", [] { type(u'x'); }},
+        {"click2", [] { clickEntry(combo(), 2); }},
+        {"click4", [] { clickEntry(combo(), 4); }},
+        {"hover5", [] { pointAt(combo(), 5); }},
+        {"click-beside", clickBeside},
+        {"wheel", [] { roll(boxOf(combo())); }},
+        {"wheel-list", [] { roll(*boxOf(combo()).view()->viewport()); }},
+        {"CB_SETCURSEL7", [] { SendMessageA(combo(), CB_SETCURSEL, 7, 0); }},
+        {"CB_SETCURSEL99", [] { EXPECT_EQ(SendMessageA(combo(), CB_SETCURSEL, 99, 0), CB_ERR); }},
+        {"CB_ADDSTRING", [] { SendMessageA(combo(), CB_ADDSTRING, 0, reinterpret_cast<LPARAM>("new")); }},
+        {"CB_RESETCONTENT", [] { SendMessageA(combo(), CB_RESETCONTENT, 0, 0); }},
+        {"CB_SHOWDROPDOWN", [] { SendMessageA(combo(), CB_SHOWDROPDOWN, listOpen() ? FALSE : TRUE, 0); }},
+    };
     struct Row {
-        const char* what;
-        std::vector<void (*)()> acts;
-        const char* told;
+        const char *acts, *told;
         LRESULT selected;
     };
-    const auto open = [] { clickOn(combo()); };
-    const auto down = [] { press(Qt::Key_Down); };
-    const auto enter = [] { press(Qt::Key_Return); };
-    const auto escape = [] { press(Qt::Key_Escape); };
-    const auto f4 = [] { press(Qt::Key_F4); };
     const Row rows[] = {
-        {"mouse", {open, [] { clickEntry(combo(), 4); }}, "DROPDOWN(2) SELENDOK(4) CLOSEUP(4) SELCHANGE(4) ", 4},
-        {"mouse, the same entry",
-         {open, [] { clickEntry(combo(), 2); }},
-         "DROPDOWN(2) SELENDOK(2) CLOSEUP(2) SELCHANGE(2) ",
-         2},
-        {"Escape", {open, escape}, "DROPDOWN(2) SELENDCANCEL(2) CLOSEUP(2) ", 2},
-        {"click beside", {open, clickBeside}, "DROPDOWN(2) SELENDCANCEL(2) CLOSEUP(2) ", 2},
-        {"hover, Escape", {open, [] { pointAt(combo(), 5); }, escape}, "DROPDOWN(2) SELENDCANCEL(2) CLOSEUP(2) ", 2},
-        {"hover, Enter",
-         {open, [] { pointAt(combo(), 5); }, enter},
-         "DROPDOWN(2) SELENDOK(5) CLOSEUP(5) SELCHANGE(5) ",
-         5},
-        {"Enter at once", {open, enter}, "DROPDOWN(2) SELENDOK(2) CLOSEUP(2) ", 2},
-        {"arrows, Escape",
-         {open, down, down, escape},
-         "DROPDOWN(2) SELCHANGE(3) SELCHANGE(4) SELENDCANCEL(4) CLOSEUP(4) ",
-         4},
-        {"arrows, Enter",
-         {open, down, down, enter},
-         "DROPDOWN(2) SELCHANGE(3) SELCHANGE(4) SELENDOK(4) CLOSEUP(4) ",
-         4},
-        {"arrow, mouse",
-         {open, down, [] { clickEntry(combo(), 2); }},
-         "DROPDOWN(2) SELCHANGE(3) SELENDOK(2) CLOSEUP(2) SELCHANGE(2) ",
-         2},
-        {"letter in the list",
-         {open, [] { type(u'7'); }, enter},
-         "DROPDOWN(2) SELCHANGE(7) SELENDOK(7) CLOSEUP(7) ",
-         7},
-        {"F4 twice", {f4, f4}, "DROPDOWN(2) SELENDCANCEL(2) CLOSEUP(2) ", 2},
-        {"F4, hover, F4", {f4, [] { pointAt(combo(), 5); }, f4}, "DROPDOWN(2) SELENDCANCEL(2) CLOSEUP(2) ", 2},
-        {"Alt and arrows",
-         {[] { press(Qt::Key_Down, Qt::AltModifier); }, down, [] { press(Qt::Key_Up, Qt::AltModifier); }},
-         "DROPDOWN(2) SELCHANGE(3) SELENDCANCEL(3) CLOSEUP(3) ",
-         3},
-        {"wheel over the open list",
-         {open, [] { roll(*boxOf(combo()).view()->viewport()); }, escape},
-         "DROPDOWN(2) SELENDCANCEL(2) CLOSEUP(2) ",
-         2},
-        {"down", {down}, "SELENDOK(3) SELCHANGE(3) ", 3},
-        {"up", {[] { press(Qt::Key_Up); }}, "SELENDOK(1) SELCHANGE(1) ", 1},
-        {"End", {[] { press(Qt::Key_End); }}, "SELENDOK(9) SELCHANGE(9) ", 9},
-        {"letter", {[] { type(u'7'); }}, "SELENDOK(7) SELCHANGE(7) ", 7},
-        {"letter of no entry", {[] { type(u'x'); }}, "", 2},
-        {"space", {[] { press(Qt::Key_Space); }}, "", 2},
-        {"wheel", {[] { roll(boxOf(combo())); }}, "", 2},
-        {"CB_SETCURSEL", {[] { SendMessageA(combo(), CB_SETCURSEL, 6, 0); }}, "", 6},
-        {"CB_ADDSTRING", {[] { SendMessageA(combo(), CB_ADDSTRING, 0, reinterpret_cast<LPARAM>("new")); }}, "", 2},
-        {"CB_RESETCONTENT", {[] { SendMessageA(combo(), CB_RESETCONTENT, 0, 0); }}, "", CB_ERR},
-        {"an index that is none", {[] { EXPECT_EQ(SendMessageA(combo(), CB_SETCURSEL, 99, 0), CB_ERR); }}, "", CB_ERR},
-        {"opened by the program",
-         {[] { SendMessageA(combo(), CB_SHOWDROPDOWN, TRUE, 0); },
-          [] { SendMessageA(combo(), CB_SHOWDROPDOWN, FALSE, 0); }},
-         "DROPDOWN(2) SELENDCANCEL(2) CLOSEUP(2) ",
-         2},
-        {"a selection by the program in the open list",
-         {open, down, [] { SendMessageA(combo(), CB_SETCURSEL, 7, 0); }, down, enter},
-         "DROPDOWN(2) SELCHANGE(3) SELCHANGE(8) SELENDOK(8) CLOSEUP(8) ",
-         8},
+        {"open click4", "DROPDOWN(2) SELENDOK(4) CLOSEUP(4) SELCHANGE(4) ", 4},
+        {"open click2", "DROPDOWN(2) SELENDOK(2) CLOSEUP(2) SELCHANGE(2) ", 2},
+        {"open Escape", "DROPDOWN(2) SELENDCANCEL(2) CLOSEUP(2) ", 2},
+        {"open click-beside", "DROPDOWN(2) SELENDCANCEL(2) CLOSEUP(2) ", 2},
+        {"open hover5 Escape", "DROPDOWN(2) SELENDCANCEL(2) CLOSEUP(2) ", 2},
+        {"open hover5 Enter", "DROPDOWN(2) SELENDOK(5) CLOSEUP(5) SELCHANGE(5) ", 5},
+        {"open Enter", "DROPDOWN(2) SELENDOK(2) CLOSEUP(2) ", 2},
+        {"open down down Escape", "DROPDOWN(2) SELCHANGE(3) SELCHANGE(4) SELENDCANCEL(4) CLOSEUP(4) ", 4},
+        {"open down down Enter", "DROPDOWN(2) SELCHANGE(3) SELCHANGE(4) SELENDOK(4) CLOSEUP(4) ", 4},
+        {"open down click2", "DROPDOWN(2) SELCHANGE(3) SELENDOK(2) CLOSEUP(2) SELCHANGE(2) ", 2},
+        {"open type7 Enter", "DROPDOWN(2) SELCHANGE(7) SELENDOK(7) CLOSEUP(7) ", 7},
+        {"open wheel-list Escape", "DROPDOWN(2) SELENDCANCEL(2) CLOSEUP(2) ", 2},
+        {"open down CB_SETCURSEL7 down Enter", "DROPDOWN(2) SELCHANGE(3) SELCHANGE(8) SELENDOK(8) CLOSEUP(8) ", 8},
+        {"F4 F4", "DROPDOWN(2) SELENDCANCEL(2) CLOSEUP(2) ", 2},
+        {"F4 hover5 F4", "DROPDOWN(2) SELENDCANCEL(2) CLOSEUP(2) ", 2},
+        {"Alt+down down Alt+up", "DROPDOWN(2) SELCHANGE(3) SELENDCANCEL(3) CLOSEUP(3) ", 3},
+        {"CB_SHOWDROPDOWN CB_SHOWDROPDOWN", "DROPDOWN(2) SELENDCANCEL(2) CLOSEUP(2) ", 2},
+        {"down", "SELENDOK(3) SELCHANGE(3) ", 3},
+        {"up", "SELENDOK(1) SELCHANGE(1) ", 1},
+        {"End", "SELENDOK(9) SELCHANGE(9) ", 9},
+        {"type7", "SELENDOK(7) SELCHANGE(7) ", 7},
+        {"typeX", "", 2},
+        {"space", "", 2},
+        {"wheel", "", 2},
+        {"CB_SETCURSEL7", "", 7},
+        {"CB_ADDSTRING", "", 2},
+        {"CB_RESETCONTENT", "", CB_ERR},
+        {"CB_SETCURSEL99", "", CB_ERR},
     };
     const auto tryAll = [&] {
         for (const Row& row : rows) {
@@ -197,14 +173,15 @@ TEST_F(Controls, AComboBoxTellsWhatItsUserDoes) {
             settle();
             told.clear();
             seen.clear();
-            for (const auto act : row.acts) {
-                act();
+            std::istringstream words(row.acts);
+            for (std::string act; words >> act;) {
+                acts.at(act)();
                 settle();
             }
-            EXPECT_EQ(told, row.told) << row.what;
-            EXPECT_EQ(selection(), row.selected) << row.what;
-            EXPECT_FALSE(listOpen()) << row.what;
-            EXPECT_EQ(commands(), "") << row.what << ": a key of the list is not one of the dialog";
+            EXPECT_EQ(told, row.told) << row.acts;
+            EXPECT_EQ(selection(), row.selected) << row.acts;
+            EXPECT_FALSE(listOpen()) << row.acts;
+            EXPECT_EQ(commands(), "") << row.acts << ": a key of the list is not one of the dialog";
             // Letters typed for one row are not the beginning of the next row's word.
             QApplication::setKeyboardInputInterval(0);
         }
@@ -216,22 +193,17 @@ TEST_F(Controls, AComboBoxTellsWhatItsUserDoes) {
 TEST_F(Controls, ALongListOpensAtItsSelectionAndFindsWhatIsTyped) {
     inDialog({{"dialog", dialogShown, [&] {
                    fill(255);
-                   EXPECT_EQ(SendMessageA(combo(), CB_GETCOUNT, 0, 0), 255);
                    SendMessageA(combo(), CB_SETCURSEL, 200, 0);
                    clickOn(combo());
                    settle();
                    const QAbstractItemView& list = *boxOf(combo()).view();
-                   const QRect shown = list.visualRect(list.model()->index(200, 0));
-                   EXPECT_TRUE(list.viewport()->rect().contains(shown));
-                   EXPECT_EQ(list.currentIndex().row(), 200);
+                   EXPECT_TRUE(list.viewport()->rect().contains(list.visualRect(list.model()->index(200, 0))));
                    EXPECT_LE(list.height(), 200) << "as high as the template says";
                    press(Qt::Key_Escape);
                    settle();
                    told.clear();
-                   for (const char16_t letter : u"150") {
-                       if (letter) {
-                           type(letter);
-                       }
+                   for (const char16_t letter : {u'1', u'5', u'0'}) {
+                       type(letter);
                    }
                    settle();
                    EXPECT_EQ(told, "SELENDOK(1) SELCHANGE(1) SELENDOK(15) SELCHANGE(15) SELENDOK(150) SELCHANGE(150) ");
@@ -240,138 +212,71 @@ TEST_F(Controls, ALongListOpensAtItsSelectionAndFindsWhatIsTyped) {
 }
 
 TEST_F(Controls, ADialogTakesItsKeys) {
-    HWND close = nullptr;
-    HWND cancel = nullptr;
     QImage asDefault;
-    const auto focused = [](const HWND& control) { return [&] { return widgetOf(control)->hasFocus(); }; };
+    const auto focused = [](int id) {
+        return [=] { return widgetOf(GetDlgItem(openDialogWindow(), id))->hasFocus(); };
+    };
     const auto told = [](const char* command) {
         return [=] {
-            return std::ranges::any_of(seen,
-                                       [](const Seen& message) {
-                                           return message.message == WM_COMMAND && LOWORD(message.wParam) != IDC_PORTS;
-                                       }) &&
-                   commands() == command;
+            const auto isCommand = [](const Seen& message) {
+                return message.message == WM_COMMAND && LOWORD(message.wParam) != IDC_PORTS;
+            };
+            return std::ranges::any_of(seen, isCommand) && commands() == command;
         };
     };
+    const auto close = [] { return widgetOf(GetDlgItem(openDialogWindow(), IDC_CLOSE)); };
     const auto tab = [] { press(Qt::Key_Tab); };
     const auto enter = [] { press(Qt::Key_Return); };
-    inDialog({{"dialog", dialogShown,
+    const auto escape = [] { press(Qt::Key_Escape); };
+    inDialog({{"dialog", dialogShown, [] { ShowWindow(GetDlgItem(openDialogWindow(), IDC_CANCEL), SW_SHOW); }},
+              {"the first tab stop", focused(IDC_PORTS),
                [&] {
-                   close = GetDlgItem(openDialogWindow(), IDC_CLOSE);
-                   cancel = GetDlgItem(openDialogWindow(), IDC_CANCEL);
-                   ShowWindow(cancel, SW_SHOW);
-                   EXPECT_TRUE(widgetOf(combo())->hasFocus()) << "the first tab stop";
-                   asDefault = widgetOf(close)->grab().toImage();
+                   asDefault = close()->grab().toImage();
                    seen.clear();
                    enter();
                }},
-              {"Enter for the default button", told("1 "), [] { press(Qt::Key_Escape); }},
+              {"Enter for the default button", told("1 "), escape},
               {"Escape", told("2 "), tab},
-              {"default button", focused(close), tab},
-              {"other button", focused(cancel),
+              {"default button", focused(IDC_CLOSE), tab},
+              {"other button", focused(IDC_CANCEL),
                [&] {
-                   EXPECT_NE(widgetOf(close)->grab().toImage(), asDefault) << "no longer what Enter presses";
+                   EXPECT_NE(close()->grab().toImage(), asDefault) << "no longer what Enter presses";
                    enter();
                }},
               {"Enter for the focused button", told("2 "), [] { press(Qt::Key_Space); }},
               {"space", told("2 "), tab},
-              {"round", [] { return widgetOf(combo())->hasFocus(); }, [] { press(Qt::Key_Tab, Qt::ShiftModifier); }},
-              {"and back", focused(cancel), [&] { widgetOf(openDialogWindow())->close(); }},
+              {"round", focused(IDC_PORTS), [] { press(Qt::Key_Tab, Qt::ShiftModifier); }},
+              {"and back", focused(IDC_CANCEL), [] { widgetOf(openDialogWindow())->close(); }},
               {"the window's own button", told("2 "),
                [&] {
-                   EXPECT_EQ(widgetOf(close)->grab().toImage().size(), asDefault.size());
-                   EnableWindow(close, FALSE);
+                   EnableWindow(GetDlgItem(openDialogWindow(), IDC_CLOSE), FALSE);
                    widgetOf(combo())->setFocus();
                    enter();
-                   press(Qt::Key_Escape);
+                   escape();
                }},
               {"a disabled default button stays unpressed", told("2 "), [] { EndDialog(openDialogWindow(), 77); }}});
     EXPECT_EQ(result, 77);
 }
 
-TEST_F(Controls, BehindADialogTimersAndMessagesGoOnAndItsOwnerWaits) {
-    SetTimer(frame, 3, 10, nullptr);
-    inDialog({{"dialog", dialogShown,
-               [&] {
-                   EXPECT_FALSE(IsWindowEnabled(frame));
-                   EXPECT_EQ(GetParent(openDialogWindow()), frame);
-                   seen.clear();
-                   PostMessageA(frame, Mark, 0, 0);
-                   InvalidateRect(frame, nullptr, TRUE);
-               }},
-              {"timers", [] { return count(WM_TIMER) >= 3; },
-               [&] {
-                   EXPECT_EQ(count(Mark), 1);
-                   EXPECT_GE(count(WM_PAINT), 1);
-                   EXPECT_EQ(seen.front().message, Mark);
-                   EndDialog(openDialogWindow(), -9);
-                   EXPECT_FALSE(IsWindowEnabled(frame)) << "until the loop has ended";
-               }}});
-    EXPECT_EQ(result, -9);
-    EXPECT_TRUE(IsWindowEnabled(frame));
-    EXPECT_TRUE(pumpUntil([&] { return widgetOf(frame)->isActiveWindow(); }));
-    // An owner that was disabled before stays so.
-    EnableWindow(frame, FALSE);
-    inDialog({{"dialog", dialogShown, [] { EndDialog(openDialogWindow(), 0); }}});
-    EXPECT_FALSE(IsWindowEnabled(frame));
-}
-
-TEST_F(Controls, ADialogMayEndBeforeItIsShown) {
-    bool parameterCame = false;
-    observe = [&](HWND window, UINT message) {
-        if (message == WM_INITDIALOG) {
-            parameterCame = seen.back().lParam == 5;
-            EndDialog(window, 12);
-        }
-        EXPECT_FALSE(message == WM_PAINT && window != frame);
-        return message == WM_INITDIALOG;
-    };
-    inDialog({{"end", [&] { return result == 12; }, [] {}}});
-    EXPECT_TRUE(parameterCame);
-    EXPECT_TRUE(IsWindowEnabled(frame));
-    EXPECT_EQ(openDialogWindow(), nullptr);
-    EXPECT_EQ(DialogBoxParamA(nullptr, MAKEINTRESOURCEA(9999), frame, recordDialog, 0), -1);
-    EXPECT_TRUE(IsWindowEnabled(frame));
-    EXPECT_FALSE(EndDialog(frame, 1));
-}
-
-TEST_F(Controls, AQuitMessageInADialogEndsAllLoops) {
-    lastExitCode = -1;
-    inDialog({{"dialog", dialogShown, [] { PostQuitMessage(6); }}});
-    EXPECT_TRUE(pumpUntil([] { return lastExitCode != -1; }));
-    EXPECT_EQ(lastExitCode, 6);
-    EXPECT_EQ(openDialogWindow(), nullptr);
-    EXPECT_TRUE(IsWindowEnabled(frame));
-}
-
 TEST_F(Controls, MessageBoxesGiveTheAnswer) {
     struct Row {
-        const char* what;
         UINT type;
+        QMessageBox::Icon icon;
         int answer;
-        std::function<void()> act;
+        QMessageBox::StandardButton click;  // or none,
+        int key;                            // and this instead
+    };
+    const Row rows[] = {
+        {MB_OK | MB_ICONINFORMATION, QMessageBox::Information, IDOK, QMessageBox::NoButton, Qt::Key_Return},
+        {MB_OK | MB_ICONEXCLAMATION, QMessageBox::Warning, IDOK, QMessageBox::NoButton, Qt::Key_Escape},
+        {MB_OK, QMessageBox::NoIcon, IDOK, QMessageBox::Ok, 0},
+        {MB_YESNO, QMessageBox::NoIcon, IDYES, QMessageBox::NoButton, Qt::Key_Return},
+        {MB_YESNO | MB_ICONEXCLAMATION, QMessageBox::Warning, IDYES, QMessageBox::Yes, 0},
+        {MB_YESNO, QMessageBox::NoIcon, IDNO, QMessageBox::No, 0},
     };
     const auto box = [] { return qobject_cast<QMessageBox*>(QApplication::activeModalWidget()); };
-    const auto clickAnswer = [=](QMessageBox::StandardButton button) {
-        return [=] { QTest::mouseClick(box()->button(button), Qt::LeftButton); };
-    };
-    const auto key = [](int code) { return [=] { press(code); }; };
-    const Row rows[] = {
-        {"OK by Enter", MB_OK | MB_ICONINFORMATION, IDOK, key(Qt::Key_Return)},
-        {"OK by Escape", MB_OK | MB_ICONEXCLAMATION, IDOK, key(Qt::Key_Escape)},
-        {"OK by click", MB_OK, IDOK, clickAnswer(QMessageBox::Ok)},
-        {"Yes by Enter", MB_YESNO, IDYES, key(Qt::Key_Return)},
-        {"Yes by click", MB_YESNO | MB_ICONEXCLAMATION, IDYES, clickAnswer(QMessageBox::Yes)},
-        {"No by click", MB_YESNO, IDNO, clickAnswer(QMessageBox::No)},
-        {"No by space", MB_YESNO, IDNO,
-         [=] {
-             box()->button(QMessageBox::No)->setFocus();
-             press(Qt::Key_Space);
-         }},
-    };
     SetTimer(frame, 3, 10, nullptr);
     for (const Row& row : rows) {
-        SCOPED_TRACE(row.what);
         int answer = 0;
         observe = [&](HWND window, UINT message) {
             if (window == frame && message == Mark) {
@@ -384,12 +289,11 @@ TEST_F(Controls, MessageBoxesGiveTheAnswer) {
               [=] {
                   EXPECT_EQ(box()->text(), QStringLiteral("one & two\n<b>\u0142</b>"));
                   EXPECT_EQ(box()->windowTitle(), QStringLiteral("caption"));
-                  EXPECT_EQ(box()->icon(), (row.type & 0xF0) == MB_ICONEXCLAMATION   ? QMessageBox::Warning
-                                           : (row.type & 0xF0) == MB_ICONINFORMATION ? QMessageBox::Information
-                                                                                     : QMessageBox::NoIcon);
+                  EXPECT_EQ(box()->icon(), row.icon);
                   seen.clear();
               }},
-             {"timers", [] { return count(WM_TIMER) >= 2; }, row.act}});
-        EXPECT_EQ(answer, row.answer);
+             {"timers", [] { return count(WM_TIMER) >= 2; },
+              [=] { row.key ? press(row.key) : QTest::mouseClick(box()->button(row.click), Qt::LeftButton); }}});
+        EXPECT_EQ(answer, row.answer) << "type " << row.type << ", key " << row.key;
     }
 }

@@ -14,32 +14,9 @@
 
 namespace {
 
-constexpr UINT Commands[] = {
-    IDM_READINGS,
-    IDM_CONFIGURATION,
-    IDM_OPTIONS,
-    IDM_DIAGRAM,
-    IDM_RESET,
-    IDM_OSCILLOSCOPE,
-    IDM_SIZE_640X480,
-    IDM_SIZE_800X600,
-    IDM_SIZE_1024X768,
-    IDM_SIZE_1280X960,
-    IDM_SIZE_1280X1024,
-    IDM_LANGUAGE_POLISH,
-    IDM_LANGUAGE_ENGLISH,
-    IDM_LANGUAGE_RUSSIAN,
-    IDM_LANGUAGE_LITHUANIAN,
-    IDM_LANGUAGE_CZECH,
-    IDM_ABOUT,
-    IDM_COM_OTHER,
-    IDM_COM1,
-    IDM_COM1,
-    IDM_COM2,
-    IDM_COM2,
-    IDM_COM3,
-    IDM_COM9,
-};
+constexpr UINT Pages[] = {IDM_READINGS, IDM_CONFIGURATION, IDM_OPTIONS, IDM_DIAGRAM, IDM_RESET, IDM_OSCILLOSCOPE};
+constexpr UINT Others[] = {IDM_ABOUT, IDM_COM_OTHER, IDM_COM1, IDM_COM2, IDM_COM3, IDM_COM9};
+const std::span<const UINT> Commands[] = {Pages, SizeItems, LanguageItems, Others};
 constexpr int DeepestDialog = 3;
 
 struct Counts {
@@ -86,7 +63,8 @@ protected:
         if (close && openDialogWindow()) {
             PostMessageA(openDialogWindow(), WM_COMMAND, dice() % 2 ? IDC_CLOSE : IDC_CANCEL, 0);
         } else if (!close) {
-            PostMessageA(MainWindow, WM_COMMAND, Commands[dice() % std::size(Commands)], 0);
+            const std::span<const UINT> group = Commands[dice() % std::size(Commands)];
+            PostMessageA(MainWindow, WM_COMMAND, group[dice() % group.size()], 0);
             ++done;
         }
     }

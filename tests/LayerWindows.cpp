@@ -50,11 +50,6 @@ INT_PTR CALLBACK recordDialog(HWND window, UINT message, WPARAM wParam, LPARAM l
     return taken;
 }
 
-std::string text(const RECT& rect) {
-    return std::to_string(rect.left) + "," + std::to_string(rect.top) + " to " + std::to_string(rect.right) + "," +
-           std::to_string(rect.bottom);
-}
-
 void Layer::SetUp() {
     WNDCLASSA windowClass{};
     windowClass.lpfnWndProc = recordWindow;

@@ -31,8 +31,6 @@ extern bool dialogPaints;
 LRESULT CALLBACK recordWindow(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 INT_PTR CALLBACK recordDialog(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
-std::string text(const RECT& rect);
-
 class Layer : public testing::Test {
 protected:
     void SetUp() override;

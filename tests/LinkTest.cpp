@@ -132,7 +132,6 @@ TEST_F(Serial, PortDirectoryStaysWhereTheProcessStarted) {
     EXPECT_EQ(GetCurrentDirectoryA(length, text.data()), length + 1);
     EXPECT_EQ(GetCurrentDirectoryA(length + 1, text.data()), length);
     EXPECT_EQ(folder, text.data());
-    EXPECT_FALSE(SetCurrentDirectoryA("/no/such/folder"));
     ASSERT_TRUE(SetCurrentDirectoryA(start.c_str()));
 }
 

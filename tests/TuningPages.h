@@ -1,10 +1,8 @@
-// What the tests of the Configuration and the Options page share: the page's controls by id, and the program with the
-// page at rest.
+// What the tests of the tuning pages and their dialogs share: the controls by id of the dialog on top, if there is one,
+// otherwise of the page; and the program with the page at rest.
 #pragma once
 
 #include <QComboBox>
-#include <array>
-#include <initializer_list>
 #include <set>
 #include <string>
 
@@ -20,8 +18,13 @@ inline BYTE* const A = ParamBlockA.data();
 inline BYTE* const B = ParamBlockB.data();
 inline BYTE* const L = LiveBlock.data();
 
+inline HWND topWindow() {
+    const HWND dialog = openDialogWindow();
+    return dialog ? dialog : PageWindow;
+}
+
 inline HWND control(int id) {
-    return GetDlgItem(PageWindow, id);
+    return GetDlgItem(topWindow(), id);
 }
 
 inline LRESULT ask(int id, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
@@ -33,7 +36,7 @@ inline bool isList(int id) {
 }
 
 inline void notify(int id, int code) {
-    SendMessageA(PageWindow, WM_COMMAND, MAKEWPARAM(id, code), reinterpret_cast<LPARAM>(control(id)));
+    SendMessageA(topWindow(), WM_COMMAND, MAKEWPARAM(id, code), reinterpret_cast<LPARAM>(control(id)));
 }
 
 // Without a notification, as the page itself does it.
@@ -50,28 +53,31 @@ inline void pick(int id, unsigned entry) {
     notify(id, isList(id) ? CBN_SELCHANGE : BN_CLICKED);
 }
 
-inline void tick() {
-    SendMessageA(PageWindow, WM_TIMER, 1, 0);
+// The pages' timer is number 1, that of the dialogs number 2.
+inline UINT_PTR timerOnTop() {
+    return topWindow() == PageWindow ? 1 : 2;
+}
+
+inline void tick(int rounds = 1) {
+    for (int round = 0; round < rounds; ++round) {
+        SendMessageA(topWindow(), WM_TIMER, timerOnTop(), 0);
+    }
 }
 
 inline void stopTimer() {
-    KillTimer(PageWindow, 1);
+    KillTimer(topWindow(), timerOnTop());
 }
 
 inline std::string textOf(int id) {
-    std::array<char, LangLineSize> text{};
-    GetWindowTextA(control(id), text.data(), static_cast<int>(text.size()));
-    return text.data();
+    return textOf(control(id));
 }
 
 inline std::string entryOf(int id, int entry) {
-    std::array<char, LangLineSize> text{};
-    ask(id, CB_GETLBTEXT, static_cast<WPARAM>(entry), reinterpret_cast<LPARAM>(text.data()));
-    return text.data();
+    return boxOf(control(id)).itemText(entry).toStdString();
 }
 
-inline std::string line(int number) {
-    return LangTable[static_cast<size_t>(number)].data();
+inline int entriesOf(int id) {
+    return static_cast<int>(ask(id, CB_GETCOUNT));
 }
 
 // All controls of the page that have an id, or those of which something does not hold.
@@ -93,16 +99,6 @@ inline void clearMirrors() {
 
 class TuningPages : public WindowFixture {
 protected:
-    void plug(int family, int firmware) {
-        simulator::Config config;
-        config.family = family;
-        config.firmware = firmware;
-        config.wirePace = false;
-        config.clockRuns = false;
-        config.scenario = simulator::Scenario::Idle;
-        config.portLink = folder / "ports/COM1";
-        server = std::make_unique<simulator::Server>(config);
-    }
     // Leaves the page at rest: from here on it ticks when told.
     void open(UINT page) {
         SendMessageA(MainWindow, WM_COMMAND, page, 0);
@@ -112,20 +108,7 @@ protected:
         sent();
     }
     void connect(int family, int firmware, UINT page) {
-        plug(family, firmware);
-        writeIni(1, "ang");
-        start();
-        ASSERT_TRUE(pumpUntil([=] { return LinkLost == 0 && ControllerFamily == family; }));
-        EXPECT_EQ(FirmwareVersion, firmware);
+        startOn(family, firmware);
         open(page);
-    }
-    // All that the controller was sent since this was last asked.
-    std::string sent() const {
-        std::string all;
-        for (const simulator::LogEntry& entry : server->log()) {
-            all += (all.empty() ? "" : ", ") + hex({entry.request.bytes.begin(), entry.request.bytes.end()});
-        }
-        server->clearLog();
-        return all;
     }
 };

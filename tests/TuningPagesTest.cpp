@@ -1,6 +1,7 @@
 // The Configuration and the Options page: what they offer and say, and what happens between two polls.
 #include <QAbstractItemModel>
 #include <QAbstractItemView>
+#include <array>
 #include <string>
 #include <vector>
 
@@ -81,7 +82,7 @@ TEST_F(TuningPages, FamilyAndBitsDecideWhatIsOffered) {
         EXPECT_EQ(textOf(page == IDM_OPTIONS ? 1064 : 1007), row.text);
         if (page == IDM_OPTIONS) {
             EXPECT_EQ(textOf(1058), line(row.family == 4 ? 126 : 123));
-            EXPECT_EQ(ask(1046, CB_GETCOUNT), row.family == 4 ? 50 : 256);
+            EXPECT_EQ(entriesOf(1046), row.family == 4 ? 50 : 256);
             EXPECT_EQ(selected(1207), row.disabled.contains(1207) || row.a5 == 0x40 ? 0 : 1);
             EXPECT_EQ(selected(1039), row.hidden.contains(1046) ? 0 : 1);
         } else if (row.family != 4) {
@@ -92,84 +93,57 @@ TEST_F(TuningPages, FamilyAndBitsDecideWhatIsOffered) {
 }
 
 TEST_F(TuningPages, TextsStandInTheirPlaces) {
-    struct Lines {
-        int id, line, count = 1;  // of ids and lines that rise together, or of a list's entries
-    };
-    struct Page {
-        UINT page;
-        std::vector<Lines> texts, entries;
-        std::vector<std::pair<int, const char*>> ends;  // first and last entry of a list
-    };
-    const std::vector<Page> pages = {
-        {IDM_CONFIGURATION,
-         {{1126, 35, 5},
-          {1075, 40, 12},
-          {1088, 52},
-          {1089, 53, 4},
-          {1087, 57},
-          {1093, 58, 3},
-          {1140, 185},
-          {1074, 187},
-          {1096, 188},
-          {1206, 197}},
-         {{1018, 61, 3}, {1021, 64, 18}, {1023, 82, 2}, {1024, 84, 6}},
-         {{1003, "0-1 V..0,8-1,6 V"},
-          {1013, "0,40..0,60"},
-          {1017, "0:05..21:15"},
-          {1019, "0,025..6,375"},
-          {1020, "0,025..6,375"},
-          {1022, "1500..3500"},
-          {1025, "0,04..0,40"},
-          {1026, "0,1..5,0"},
-          {1149, "0,1..5,0"}}},
-        {IDM_OPTIONS,
-         {{1131, 92, 5},
-          {1014, 97},
-          {1034, 104},
-          {1075, 105, 4},
-          {1039, 109},
-          {1065, 111},
-          {1040, 112},
-          {1066, 113, 2},
-          {1041, 115, 2},
-          {1079, 117},
-          {1057, 118},
-          {1085, 119, 2},
-          {1088, 121},
-          {1136, 122},
-          {1059, 124, 5},
-          {1209, 201},
-          {1207, 202}},
-         {{1052, 129, 3}},
-         {{1003, "0..255"},
-          {1013, "-0..-255"},
-          {1043, "+0..+255"},
-          {1044, "-0..-255"},
-          {1045, "+0..+255"},
-          {1046, "2..100"},
-          {1047, "0,0..5,0"},
-          {1048, "1000..2500"},
-          {1049, "2..100"},
-          {1050, "4000..8000"},
-          {1051, "10..60"}}},
-    };
     connect(4, 5, IDM_CONFIGURATION);
     setCell(simulator::LambdaType, 0x00);
-    for (const Page& page : pages) {
-        open(page.page);
-        for (const Lines& row : page.texts) {
-            for (int at = 0; at < row.count; ++at) {
-                EXPECT_EQ(textOf(row.id + at), line(row.line + at)) << row.id + at;
+    using Rows = std::vector<std::array<int, 3>>;
+    const auto expectLines = [&](UINT page, const Rows& texts, const Rows& entries) {
+        open(page);
+        for (const auto& [id, first, count] : texts) {
+            for (int at = 0; at < count; ++at) {
+                EXPECT_EQ(textOf(id + at), line(static_cast<size_t>(first + at))) << id + at;
             }
         }
-        for (const Lines& row : page.entries) {
-            for (int at = 0; at < row.count; ++at) {
-                EXPECT_EQ(entryOf(row.id, at), line(row.line + at)) << row.id;
+        for (const auto& [id, first, count] : entries) {
+            for (int at = 0; at < count; ++at) {
+                EXPECT_EQ(entryOf(id, at), line(static_cast<size_t>(first + at))) << id;
             }
         }
-        for (const auto& [id, ends] : page.ends) {
-            EXPECT_EQ(entryOf(id, 0) + ".." + entryOf(id, static_cast<int>(ask(id, CB_GETCOUNT)) - 1), ends) << id;
-        }
+    };
+    // An id and its line, and how many of both rise together; of a list its entries.
+    expectLines(IDM_CONFIGURATION,
+                {{1126, 35, 5},
+                 {1075, 40, 12},
+                 {1088, 52, 1},
+                 {1089, 53, 4},
+                 {1087, 57, 1},
+                 {1093, 58, 3},
+                 {1140, 185, 1},
+                 {1074, 187, 1},
+                 {1096, 188, 1},
+                 {1206, 197, 1}},
+                {{1018, 61, 3}, {1021, 64, 18}, {1023, 82, 2}, {1024, 84, 6}});
+    expectLines(IDM_OPTIONS,
+                {{1131, 92, 5},
+                 {1014, 97, 1},
+                 {1034, 104, 1},
+                 {1075, 105, 4},
+                 {1039, 109, 1},
+                 {1065, 111, 1},
+                 {1040, 112, 1},
+                 {1066, 113, 2},
+                 {1041, 115, 2},
+                 {1079, 117, 1},
+                 {1057, 118, 1},
+                 {1085, 119, 2},
+                 {1088, 121, 1},
+                 {1136, 122, 1},
+                 {1059, 124, 5},
+                 {1209, 201, 1},
+                 {1207, 202, 1}},
+                {{1052, 129, 3}});
+    // Lists of the same values with signs of their own.
+    for (const auto& [id, last] : {std::pair{1013, "-255"}, {1043, "+255"}, {1044, "-255"}, {1045, "+255"}}) {
+        EXPECT_EQ(entryOf(id, 255), last) << id;
     }
 }
 
@@ -215,7 +189,7 @@ TEST_F(TuningPages, ChoicesBetweenTwoPollsWorkFromTheOldBytes) {
     EXPECT_EQ(sent(), "65 06 50 BB, 65 07 3C A8, 65 07 17 83") << "the list that shows decides";
     tick();
     EXPECT_EQ(LambdaPointList, 5);
-    EXPECT_EQ(ask(1013, CB_GETCOUNT), 16);
+    EXPECT_EQ(entriesOf(1013), 16);
     EXPECT_EQ(selected(1013), 0) << "23 is below the new list";
 }
 
@@ -234,19 +208,14 @@ TEST_F(TuningPages, ALinkLostBehindAnOpenListShowsOnceItIsClosed) {
              {"list", [=] { return boxOf(control(row.id)).view()->isVisible(); },
               [&] {
                   EXPECT_EQ(ComboOpen, 1);
-                  sent();
                   server->unplug();
-                  for (int round = 0; round < 6; ++round) {
-                      tick();
-                  }
+                  tick(6);
                   EXPECT_EQ(LinkLost, 0);
                   EXPECT_EQ(selected(row.id), row.entry);
                   press(Qt::Key_Escape);
               }},
              {"closed list", [] { return ComboOpen == 0; }, stopTimer}});
-        for (int round = 0; round < 4; ++round) {
-            tick();
-        }
+        tick(4);
         EXPECT_EQ(LinkLost, 1);
         EXPECT_EQ(ActiveTimerPeriod, 500u);
         LastByteCount = 99;
@@ -258,14 +227,12 @@ TEST_F(TuningPages, ALinkLostBehindAnOpenListShowsOnceItIsClosed) {
         }
         EXPECT_EQ(LastByteCount, 99u);
         if (row.page == IDM_OPTIONS) {
-            EXPECT_EQ(ask(1046, CB_GETCOUNT), 256);
             for (const int box : {1034, 1039, 1040, 1041, 1042, 1207}) {
                 EXPECT_EQ(selected(box), box == 1034 ? 1 : 0) << box;
             }
         }
         ASSERT_TRUE(server->replug());
-        tick();
-        tick();
+        tick(2);
         EXPECT_EQ(selected(row.id), row.entry);
         closeProgram();
         server.reset();
@@ -275,23 +242,16 @@ TEST_F(TuningPages, ALinkLostBehindAnOpenListShowsOnceItIsClosed) {
 TEST_F(TuningPages, AnotherFamilyRebuildsTheJumpOnce) {
     connect(4, 5, IDM_OPTIONS);
     int added = 0;
-    const auto watch = QObject::connect(boxOf(control(1046)).model(), &QAbstractItemModel::rowsInserted,
-                                        [&](const QModelIndex&, int first, int last) { added += last - first + 1; });
-    for (const int family : {2, 4}) {
-        SCOPED_TRACE(family);
+    QObject::connect(boxOf(control(1046)).model(), &QAbstractItemModel::rowsInserted,
+                     [&](const QModelIndex&, int first, int last) { added += last - first + 1; });
+    for (const auto& [family, entries, entry] : {std::tuple{2, 256, 8}, {4, 50, 3}}) {
         added = 0;
         server.reset();
-        plug(family, 5);
+        plugController(family);
         setCell(simulator::AttJump, 8);
-        for (int round = 0; round < 8; ++round) {
-            tick();
-            EXPECT_EQ(ask(1046, CB_GETCOUNT), ControllerFamily == 4 ? 50 : 256);
-            EXPECT_EQ(textOf(1058), line(ControllerFamily == 4 ? 126 : 123));
-            EXPECT_EQ(IsWindowEnabled(control(1207)) != 0, ControllerFamily == 4);
-        }
+        tick(8);
         ASSERT_EQ(ControllerFamily, family);
-        EXPECT_EQ(selected(1046), family == 4 ? 3 : 8);
-        EXPECT_EQ(added, family == 4 ? 50 : 256);
+        EXPECT_EQ(selected(1046), entry);
+        EXPECT_EQ(added, entries);
     }
-    QObject::disconnect(watch);
 }

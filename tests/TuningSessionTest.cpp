@@ -1,11 +1,13 @@
 // A fitter's session: a controller with factory values is brought to a given set of parameters on both tuning pages,
 // with the mouse and with the keys inside the lists, while the page polls as it does for its user.
 #include <QAbstractItemView>
+#include <QTimer>
 #include <cstdlib>
 #include <map>
 #include <vector>
 
 #include "TuningPages.h"
+#include "tuning/TuningState.h"
 
 namespace {
 
@@ -101,4 +103,23 @@ TEST_F(TuningSession, BringsAFactoryNewControllerToAGivenSet) {
         }
     }
     EXPECT_EQ(cellsOf(*server), expected);
+}
+
+// A step by key in the open list opens the builder at once, which takes the list away.
+TEST_F(TuningSession, AListThatADialogTookAwayOpensAgainAtOnce) {
+    startOn(4, 5);
+    SendMessageA(MainWindow, WM_COMMAND, IDM_CONFIGURATION, 0);
+    settle();
+    make({1018, By::Mouse, 1});
+    for (int round = 0; round < 2; ++round) {
+        run({{"box", [] { return IsWindowEnabled(control(1018)) != 0; }, [] { clickOn(control(1018)); }},
+             {"list", [] { return listShown(1018) && selected(1018) == 1; },
+              [] { QTimer::singleShot(0, [] { press(Qt::Key_Up); }); }},
+             {"builder", dialogShown, [] { press(Qt::Key_Escape); }}});
+        ASSERT_TRUE(pumpUntil([] { return ComboOpen == 0 && TuningDialogOpen == 0; }));
+        clickOn(control(1018));
+        EXPECT_TRUE(pumpUntil([] { return listShown(1018); }));
+        clickEntry(control(1018), 1);
+        ASSERT_TRUE(pumpUntil([] { return !listShown(1018) && ComboOpen == 0; }));
+    }
 }

@@ -8,19 +8,18 @@
 #include <fstream>
 #include <sstream>
 
+#include "drawing/Canvas.h"
 #include "link/Link.h"
 #include "model/Blocks.h"
 #include "platform/linux/Layer.h"
 #include "platform/linux/PortTable.h"
-#include "drawing/Canvas.h"
 #include "readings/ReadingsModel.h"
 #include "readings/ReadingsPage.h"
-#include "resources/Ids.h"
 #include "shell/AppState.h"
+#include "shell/Language.h"
 #include "shell/MainWindow.h"
 
 int lastExitCode = -1;
-int timersRung = 0;
 
 bool pumpUntil(const std::function<bool()>& condition, double seconds) {
     const HACCEL accelerators = LoadAcceleratorsA(nullptr, MAKEINTRESOURCEA(IDA_MAIN));
@@ -45,7 +44,6 @@ bool pumpUntil(const std::function<bool()>& condition, double seconds) {
             TranslateMessage(&message);
             DispatchMessageA(&message);
         }
-        timersRung += message.message == WM_TIMER;
     }
     return true;
 }
@@ -90,6 +88,31 @@ RECT placeOf(HWND window) {
     RECT place{};
     GetWindowRect(window, &place);
     return place;
+}
+
+std::string text(const RECT& rect) {
+    return std::to_string(rect.left) + "," + std::to_string(rect.top) + " " + std::to_string(rect.right - rect.left) +
+           "x" + std::to_string(rect.bottom - rect.top);
+}
+
+std::string textOf(HWND window) {
+    const QWidget& widget = *widgetOf(window);
+    return (widget.isWindow() ? widget.windowTitle() : widget.property("text").toString()).toStdString();
+}
+
+std::string marked(std::span<const UINT> items, UINT mark) {
+    std::string numbers;
+    for (size_t at = 0; at < items.size(); ++at) {
+        if (GetMenuState(MainMenu, items[at], MF_BYCOMMAND) & mark) {
+            numbers += (numbers.empty() ? "" : " ") + std::to_string(at + 1);
+        }
+    }
+    return numbers;
+}
+
+std::string line(size_t number) {
+    const int codePage = CurrentLanguage().charSet == RUSSIAN_CHARSET ? 1251 : 1250;
+    return layer::decode(LangTable[number].data(), codePage).toStdString();
 }
 
 std::string hex(const simulator::Bytes& bytes) {
@@ -140,9 +163,10 @@ void WindowFixture::writeIni(unsigned port, const std::string& language) const {
     writeFile("Tarvex.ini", "[Ustawienia]\nCommPort= " + std::to_string(port) + "\nLanguage= " + language + "\n");
 }
 
-void WindowFixture::plugController(int family) {
+void WindowFixture::plugController(int family, int firmware) {
     simulator::Config config;
     config.family = family;
+    config.firmware = firmware;
     config.wirePace = false;
     config.clockRuns = false;
     config.scenario = simulator::Scenario::Idle;
@@ -169,20 +193,48 @@ bool WindowFixture::untilRead() {
     });
 }
 
-std::vector<simulator::Bytes> WindowFixture::writtenFrames() const {
-    std::vector<simulator::Bytes> frames;
-    for (const simulator::LogEntry& entry : server->log()) {
-        if (entry.isWrite) {
-            frames.emplace_back(entry.request.bytes.begin(), entry.request.bytes.end());
+namespace {
+
+std::string framesOf(const std::vector<simulator::LogEntry>& log, bool onlyWrites) {
+    std::string all;
+    for (const simulator::LogEntry& entry : log) {
+        if (entry.isWrite || !onlyWrites) {
+            all += (all.empty() ? "" : ", ") + hex({entry.request.bytes.begin(), entry.request.bytes.end()});
         }
     }
-    return frames;
+    return all;
+}
+
+}  // namespace
+
+std::string WindowFixture::written() const {
+    return framesOf(server->log(), true);
+}
+
+std::string WindowFixture::sent() const {
+    std::string all = framesOf(server->log(), false);
+    server->clearLog();
+    return all;
 }
 
 void WindowFixture::start() {
     ASSERT_TRUE(CreateMainWindow(nullptr));
     ShowWindow(MainWindow, SW_SHOWDEFAULT);
     UpdateWindow(MainWindow);
+}
+
+void WindowFixture::startIn(const std::string& language, unsigned port) {
+    writeIni(port, language);
+    start();
+    ASSERT_TRUE(pumpUntil([] { return widgetOf(MainWindow)->isActiveWindow() && !layer::nextToPaint(); }));
+}
+
+void WindowFixture::startOn(int family, int firmware) {
+    plugController(family, firmware);
+    startIn("ang");
+    ASSERT_TRUE(pumpUntil([=] { return LinkLost == 0 && ControllerFamily == family; }));
+    EXPECT_EQ(FirmwareVersion, firmware);
+    ASSERT_TRUE(!FamilyServed() || untilRead());
 }
 
 int WindowFixture::closeProgram() {
@@ -209,9 +261,7 @@ int WindowFixture::closeProgram() {
 }
 
 void WindowFixture::useProfile(int profile) {
-    constexpr UINT Items[] = {IDM_SIZE_640X480, IDM_SIZE_800X600, IDM_SIZE_1024X768, IDM_SIZE_1280X960,
-                              IDM_SIZE_1280X1024};
-    SendMessageA(MainWindow, WM_COMMAND, Items[profile - 1], 0);
+    SendMessageA(MainWindow, WM_COMMAND, SizeItems[profile - 1], 0);
     repaint();
 }
 

@@ -7,9 +7,11 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 
 #include "platform/Win32.h"
+#include "resources/Ids.h"
 #include "simulator/Server.h"
 
 class QWidget;
@@ -32,8 +34,6 @@ constexpr COLORREF Olive = RGB(128, 128, 0);
 // or the quit message came, whose code is then in lastExitCode.
 bool pumpUntil(const std::function<bool()>& condition, double seconds = 10);
 extern int lastExitCode;
-// Timer messages that this loop has handed out.
-extern int timersRung;
 
 COLORREF pixelOf(HWND window, int x, int y);
 int countPixels(HWND window, const RECT& area, const std::function<bool(COLORREF)>& wanted);
@@ -45,8 +45,22 @@ bool darkish(COLORREF colour);
 // What the user's mouse and keyboard meet.
 QWidget* widgetOf(HWND window);
 RECT placeOf(HWND window);
-// A message box or a picture of a fault is easier to find with the numbers in it.
+// "left,top widthxheight"
+std::string text(const RECT& rect);
+std::string textOf(HWND window);
 std::string hex(const simulator::Bytes& bytes);
+
+// In the order of the menus.
+constexpr UINT PortItems[] = {IDM_COM1, IDM_COM2, IDM_COM3, IDM_COM4, IDM_COM5,
+                              IDM_COM6, IDM_COM7, IDM_COM8, IDM_COM9, IDM_COM_OTHER};
+constexpr UINT SizeItems[] = {IDM_SIZE_640X480, IDM_SIZE_800X600, IDM_SIZE_1024X768, IDM_SIZE_1280X960,
+                              IDM_SIZE_1280X1024};
+constexpr UINT LanguageItems[] = {IDM_LANGUAGE_POLISH, IDM_LANGUAGE_ENGLISH, IDM_LANGUAGE_RUSSIAN,
+                                  IDM_LANGUAGE_LITHUANIAN, IDM_LANGUAGE_CZECH};
+// The numbers, from 1 on, of the items with the mark: "3 5".
+std::string marked(std::span<const UINT> items, UINT mark);
+// A line of the language in use, as its letters.
+std::string line(size_t number);
 
 // A folder of its own as working directory, with Lang, and with every port leading nowhere.
 class WindowFixture : public testing::Test {
@@ -59,16 +73,23 @@ protected:
     void writeIni(unsigned port, const std::string& language) const;
 
     // A controller at COM 1 that answers at once and whose engine stands still, so that pictures do too.
-    void plugController(int family);
+    void plugController(int family, int firmware = 5);
     // Makes it show a live byte or hold a cell.
     void setLive(std::size_t byte, std::uint8_t value);
     void setCell(int cell, std::uint8_t value);
     // Until the program's mirrors hold all that the controller holds now.
     bool untilRead();
-    std::vector<simulator::Bytes> writtenFrames() const;
+    // Frames as hexadecimal bytes, separated by commas: the written ones of the log, and all of it, which is then
+    // empty.
+    std::string written() const;
+    std::string sent() const;
 
     // Starts the program as its entry does, without the loop.
     void start();
+    // The same with an ini file, until all is painted and the keyboard is the program's.
+    void startIn(const std::string& language, unsigned port = 1);
+    // The same on a controller at COM 1 that is then read.
+    void startOn(int family, int firmware = 5);
     // Closes it as its user does; the exit code of the loop, with the state as at a process's start.
     int closeProgram();
     // Chooses a size, 1 to 5, as the menu does, and paints it.

@@ -1,5 +1,8 @@
 #include "dialogs/Dialogs.h"
 
+#include <array>
+#include <string_view>
+
 #include "shell/AppState.h"
 
 void CentreDialog(HWND dialog) {
@@ -13,6 +16,28 @@ void CentreDialog(HWND dialog) {
 void SetDialogTexts(HWND dialog, std::span<const DialogText> texts) {
     for (const DialogText& text : texts) {
         SetDlgItemTextA(dialog, text.control, LangTable[text.line].data());
+    }
+}
+
+void SetControlText(HWND dialog, int id, const char* text) {
+    std::array<char, LangLineSize> shown{};
+    GetWindowTextA(GetDlgItem(dialog, id), shown.data(), static_cast<int>(shown.size()));
+    if (std::string_view(shown.data()) != text) {
+        SetDlgItemTextA(dialog, id, text);
+    }
+}
+
+void EnableControl(HWND dialog, int id, bool enable) {
+    const HWND control = GetDlgItem(dialog, id);
+    if ((IsWindowEnabled(control) != 0) != enable) {
+        EnableWindow(control, enable ? TRUE : FALSE);
+    }
+}
+
+void ShowControl(HWND dialog, int id, bool show) {
+    const HWND control = GetDlgItem(dialog, id);
+    if ((IsWindowVisible(control) != 0) != show) {
+        ShowWindow(control, show ? SW_SHOW : SW_HIDE);
     }
 }
 

@@ -21,6 +21,12 @@ void CentreDialog(HWND dialog);
 
 void SetDialogTexts(HWND dialog, std::span<const DialogText> texts);
 
+// Bring a control into line and leave one alone that is so already, so that a refresh neither flickers nor moves what
+// the user has selected.
+void SetControlText(HWND dialog, int id, const char* text);
+void EnableControl(HWND dialog, int id, bool enable);
+void ShowControl(HWND dialog, int id, bool show);
+
 // The lists of combo boxes. An entry of -1 selects nothing.
 void AddEntry(HWND dialog, int combo, const char* text);
 void SelectEntry(HWND dialog, int combo, int entry);

@@ -16,6 +16,7 @@ constexpr std::array PaletteRows{
     PaletteRow{Colour::DarkGreen, RGB(0, 128, 0)},    PaletteRow{Colour::Green, RGB(0, 255, 0)},
     PaletteRow{Colour::Cyan, RGB(0, 255, 255)},       PaletteRow{Colour::Yellow, RGB(255, 255, 0)},
     PaletteRow{Colour::Navy, RGB(0, 0, 128)},         PaletteRow{Colour::Olive, RGB(128, 128, 0)},
+    PaletteRow{Colour::Blue, RGB(0, 0, 255)},         PaletteRow{Colour::Ochre, RGB(128, 120, 0)},
 };
 
 constexpr bool RowsFollowTheColours() {
@@ -52,7 +53,8 @@ const std::array<Tools, ColourCount> ColourTools = MakeTools();
 }  // namespace
 
 COLORREF ColourValue(Colour colour) {
-    return PaletteRows[static_cast<std::size_t>(colour)].value;
+    return colour == Colour::DialogFace ? GetSysColor(COLOR_3DFACE)
+                                        : PaletteRows[static_cast<std::size_t>(colour)].value;
 }
 
 HPEN ColourPen(Colour colour, PenWidth width) {

@@ -19,13 +19,17 @@ enum class Colour : BYTE {
     Yellow,
     Navy,
     Olive,
+    Blue,
+    Ochre,
+    // The system's, behind the controls of a page; it has no pen and no brush.
+    DialogFace,
 };
-constexpr unsigned ColourCount = 12;
+constexpr unsigned ColourCount = 14;
 
-// Widths of the pens: shapes, the ticks of the gauge, its needle.
+// Widths of the pens: shapes; the ticks of the gauge and most traces; the gauge's needle.
 enum class PenWidth : BYTE {
     Thin,
-    Tick,
+    Double,
     Needle,
 };
 

@@ -1,5 +1,7 @@
 #include "model/Blocks.h"
 
+#include "model/Codecs.h"
+
 std::array<BYTE, 4> IdentBlock{};
 std::array<BYTE, 11> LiveBlock{};
 std::array<BYTE, 15> ParamBlockA{};
@@ -26,6 +28,11 @@ bool TpsHasVoltage(int tpsType) {
 
 bool AttJumpIsPercent(int family) {
     return family == Family4;
+}
+
+unsigned EngineSpeed() {
+    const BYTE high = LiveBlock[LiveByte::PeriodHi];
+    return high == StoppedPeriodHi ? 0 : PeriodToRPM(high, LiveBlock[LiveByte::PeriodLo]);
 }
 
 unsigned HoursOnGas() {

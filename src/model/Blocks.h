@@ -239,6 +239,9 @@ bool TpsHasVoltage(int tpsType);
 // Whether AttJump is a percentage of the base position, as in Family4, and not a position in steps.
 bool AttJumpIsPercent(int family);
 
+// Engine speed in RPM from LiveBlock, 0 while the engine stands.
+unsigned EngineSpeed();
+
 // Time on gas in whole hours, 0 to 65535, from ParamBlockC.
 unsigned HoursOnGas();
 

@@ -160,7 +160,7 @@ void DrawTicks(Canvas& canvas, const TickScale& scale, unsigned limitRpm) {
     const unsigned pointStep = scale.rpmPerTick / GaugeRpmStep;
     for (unsigned i = 0; i < scale.ticks; ++i) {
         const bool red = GaugeTickRed(i, scale.rpmPerTick, limitRpm);
-        UseShapeColours(canvas, ColourPen(red ? Colour::Red : Colour::PaleGrey, PenWidth::Tick), Colour::Red);
+        UseShapeColours(canvas, ColourPen(red ? Colour::Red : Colour::PaleGrey, PenWidth::Double), Colour::Red);
         const unsigned outer = i * pointStep;
         DrawGaugeLine(canvas.shapes, TickOuterX[outer], TickOuterY[outer], scale.innerX[i], scale.innerY[i]);
     }

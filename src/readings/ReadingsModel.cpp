@@ -7,6 +7,7 @@
 #include "model/Blocks.h"
 #include "model/Codecs.h"
 #include "model/Text.h"
+#include "shell/AppState.h"
 
 int OnGas = 0;
 int LearnRunning = 0;
@@ -15,7 +16,6 @@ unsigned StatusHold = 0;
 int UpperSegmentLit = 0;
 unsigned BlinkTicks = 0;
 int BlinkPhase = 0;
-unsigned EngineRPM = 0;
 unsigned GaugeRPM = 0;
 unsigned GaugeLimitRPM = 0;
 unsigned DrawnAttBase = 0;
@@ -145,8 +145,7 @@ void EvaluateActuator(ReadingsModel& model) {
 }
 
 void EvaluateSpeed(ReadingsModel& model) {
-    const BYTE periodHi = LiveBlock[LiveByte::PeriodHi];
-    EngineRPM = periodHi == StoppedPeriodHi ? 0 : PeriodToRPM(periodHi, LiveBlock[LiveByte::PeriodLo]);
+    EngineRPM = EngineSpeed();
     FourDigits(model.RpmText, EngineRPM);
     model.GaugeDueForSpeed = GaugeRPM != EngineRPM;
     model.GaugeLimitBefore = GaugeLimitRPM;

@@ -24,8 +24,6 @@ extern int UpperSegmentLit;
 // The learning lamp's blink: evaluations in the phase, and the phase.
 extern unsigned BlinkTicks;
 extern int BlinkPhase;
-// Engine speed now, from LiveBlock, in RPM; the oscilloscope writes it as well.
-extern unsigned EngineRPM;
 // Speed for which an evaluation last had the gauge redrawn, and the LPG-off speed as last seen, in RPM.
 extern unsigned GaugeRPM;
 extern unsigned GaugeLimitRPM;

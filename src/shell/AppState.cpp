@@ -34,5 +34,7 @@ std::array<std::array<char, LangLineSize>, LangLineCount> LangTable{};
 
 unsigned PortMenuCode = 0;
 
+unsigned EngineRPM = 0;
+
 int DialogPause = 0;
 int ComboOpen = 0;

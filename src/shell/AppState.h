@@ -69,6 +69,10 @@ extern std::array<std::array<char, LangLineSize>, LangLineCount> LangTable;
 // Which item of the Port menu holds the check mark: 11 to 19 COM 1 to COM 9, 20 the last item, anything else none.
 extern unsigned PortMenuCode;
 
+// The engine speed last shown, in RPM, from which the Readings page's gauge starts; that page and the Oscilloscope page
+// write it.
+extern unsigned EngineRPM;
+
 // Pause flags, 0 or 1: while one is set, the ticks that look at it leave the link alone. DialogPause is set while the
 // About or the Controller information dialog is open, ComboOpen while a value list is dropped down.
 extern int DialogPause;

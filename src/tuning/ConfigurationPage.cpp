@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "dialogs/Dialogs.h"
 #include "link/Link.h"
 #include "model/Blocks.h"
 #include "model/Cells.h"
@@ -94,8 +95,8 @@ const char* GasSensorText() {
 
 void RefreshGasSensor() {
     const bool used = GasSensorUsed();
-    EnableTuningControl(IDC_CONFIG_GAS_GROUP, used);
-    SetTuningText(IDC_CONFIG_GAS_SENSOR_TYPE, used ? GasSensorText() : "");
+    EnableControl(PageWindow, IDC_CONFIG_GAS_GROUP, used);
+    SetControlText(PageWindow, IDC_CONFIG_GAS_SENSOR_TYPE, used ? GasSensorText() : "");
 }
 
 constexpr TuningText Groups[] = {

@@ -1,5 +1,6 @@
 #include "tuning/OptionsPage.h"
 
+#include "dialogs/Dialogs.h"
 #include "link/Link.h"
 #include "model/Blocks.h"
 #include "model/Cells.h"
@@ -45,8 +46,10 @@ void FreeBase(unsigned ticked) {
 
 void ShowJumpTexts() {
     const bool percent = AttJumpIsPercent(ControllerFamily);
-    SetTuningText(StepsUnit.id, LangTable[static_cast<size_t>(percent ? PercentUnitLine : StepsUnit.line)].data());
-    SetTuningText(StepsLabel.id, LangTable[static_cast<size_t>(percent ? PercentLabelLine : StepsLabel.line)].data());
+    SetControlText(PageWindow, StepsUnit.id,
+                   LangTable[static_cast<size_t>(percent ? PercentUnitLine : StepsUnit.line)].data());
+    SetControlText(PageWindow, StepsLabel.id,
+                   LangTable[static_cast<size_t>(percent ? PercentLabelLine : StepsLabel.line)].data());
 }
 
 void OpenCorrections(unsigned) {

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <string_view>
 
 #include "dialogs/Dialogs.h"
 #include "link/Link.h"
@@ -125,23 +124,16 @@ void RefreshBox(const TuningControl& box) {
     }
 }
 
-void ShowTuningControl(int id, bool show) {
-    const HWND control = GetDlgItem(PageWindow, id);
-    if ((IsWindowVisible(control) != 0) != show) {
-        ShowWindow(control, show ? SW_SHOW : SW_HIDE);
-    }
-}
-
 void RefreshControl(const TuningControl& control) {
     const std::array row{control.id, control.label.id, control.unit.id};
     const bool enabled = Enabled(control);
     const bool shown = control.shownBy == 0 || Ticked(control.shownBy);
     for (const int id : row) {
         if (id != 0 && control.enabled != nullptr) {
-            EnableTuningControl(id, enabled);
+            EnableControl(PageWindow, id, enabled);
         }
         if (id != 0 && control.shownBy != 0) {
-            ShowTuningControl(id, shown);
+            ShowControl(PageWindow, id, shown);
         }
     }
     if (control.kind == TuningKind::List) {
@@ -216,21 +208,6 @@ void PollTuningBlocks() {
         ReadLiveBlock();
         ReadParamBlockA();
         ReadParamBlockB();
-    }
-}
-
-void EnableTuningControl(int id, bool enable) {
-    const HWND control = GetDlgItem(PageWindow, id);
-    if ((IsWindowEnabled(control) != 0) != enable) {
-        EnableWindow(control, enable ? TRUE : FALSE);
-    }
-}
-
-void SetTuningText(int id, const char* text) {
-    std::array<char, LangLineSize> shown{};
-    GetWindowTextA(GetDlgItem(PageWindow, id), shown.data(), static_cast<int>(shown.size()));
-    if (std::string_view(shown.data()) != text) {
-        SetDlgItemTextA(PageWindow, id, text);
     }
 }
 

@@ -92,7 +92,3 @@ INT_PTR TakeTuningMessage(const TuningPage& page, void (*tick)(), HWND window, U
 
 // The reads of one poll: the identity and, if the link serves, LiveBlock, ParamBlockA and ParamBlockB.
 void PollTuningBlocks();
-
-// Enables or disables a control of the page, or sets its text, where that is not so already.
-void EnableTuningControl(int id, bool enable);
-void SetTuningText(int id, const char* text);

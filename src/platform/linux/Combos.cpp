@@ -73,23 +73,12 @@ public:
         const int row = std::max(1, view()->sizeHintForRow(0));
         setMaxVisibleItems(std::max(3, listHeight / row));
         QComboBox::showPopup();
+        view()->window()->installEventFilter(this);
     }
 
-    // A choice follows at once in the same event; without one the list was left.
     void hidePopup() override {
         QComboBox::hidePopup();
-        if (!dropped) {
-            return;
-        }
-        dropped = false;
-        leaving = true;
-        QTimer::singleShot(0, this, [this] {
-            if (leaving) {
-                leaving = false;
-                notifyParent(window, CBN_SELENDCANCEL);
-                notifyParent(window, CBN_CLOSEUP);
-            }
-        });
+        noteHidden();
     }
 
     bool isDropped() const {
@@ -110,6 +99,10 @@ public:
 protected:
     // Whether a key or the mouse moves the selection in the list. The keys that open it leave it again.
     bool eventFilter(QObject* receiver, QEvent* event) override {
+        // A dialog that opens takes an open list away without asking.
+        if (event->type() == QEvent::Hide && receiver == view()->window()) {
+            noteHidden();
+        }
         if (event->type() == QEvent::MouseMove || event->type() == QEvent::MouseButtonPress) {
             byKey = false;
         } else if (event->type() == QEvent::ShortcutOverride) {
@@ -154,6 +147,22 @@ protected:
     }
 
 private:
+    // A choice follows at once in the same event; without one the list was left.
+    void noteHidden() {
+        if (!dropped) {
+            return;
+        }
+        dropped = false;
+        leaving = true;
+        QTimer::singleShot(0, this, [this] {
+            if (leaving) {
+                leaving = false;
+                notifyParent(window, CBN_SELENDCANCEL);
+                notifyParent(window, CBN_CLOSEUP);
+            }
+        });
+    }
+
     void tellChoice() {
         const QPointer<ComboBox> self(this);
         const bool news = !byKey || currentIndex() != told;

@@ -300,3 +300,10 @@ BOOL BitBlt(HDC to, int x, int y, int width, int height, HDC from, int fromX, in
     markDrawn(*target, QRect(x, y, width, height));
     return TRUE;
 }
+
+DWORD GetSysColor(int index) {
+    if (index != COLOR_3DFACE) {
+        reportUnsupported("system colour", QString::number(index));
+    }
+    return RGB(qRed(FaceColour), qGreen(FaceColour), qBlue(FaceColour));
+}

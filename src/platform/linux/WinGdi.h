@@ -63,6 +63,10 @@ BOOL MoveToEx(HDC dc, int x, int y, POINT* previous);
 BOOL LineTo(HDC dc, int x, int y);
 COLORREF GetPixel(HDC dc, int x, int y);
 
+// COLOR_3DFACE only: what stands behind the controls of a dialog.
+constexpr int COLOR_3DFACE = 15;
+DWORD GetSysColor(int index);
+
 COLORREF SetTextColor(HDC dc, COLORREF colour);
 COLORREF SetBkColor(HDC dc, COLORREF colour);
 
