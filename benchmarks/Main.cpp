@@ -34,6 +34,8 @@ constexpr Row Rows[] = {
     {"Processor share, link lost", "%", benchmarks::LostShare, nullptr, Aim::AtMost, 2},
     {"Exchange of a tick, median", "ms", benchmarks::ExchangeMedian, "wire", Aim::AtMostOver, 1},
     {"Exchange of a tick, 95th percentile", "ms", benchmarks::ExchangeSlow, "wire", Aim::AtMostOver, 1},
+    {"Save of a settings file", "ms", benchmarks::SaveSettingsTime, "wire", Aim::AtMostTimes, 1.05},
+    {"Load of a settings file", "ms", benchmarks::LoadSettingsTime, "wire", Aim::AtMostTimes, 1.05},
     {"Tick, engine running, mean *", "ms", benchmarks::TickRunning, nullptr, Aim::AtMost, 1.5},
     {"Tick, engine running, 95th percentile *", "ms", benchmarks::TickRunningSlow, nullptr, Aim::None, 0},
     {"Tick, gauge at rest, mean *", "ms", benchmarks::TickStill, nullptr, Aim::AtMost, 1.5},

@@ -21,6 +21,10 @@ Result LostShare();
 // Milliseconds of a tick's two exchanges beside the time that their bytes take on the wire.
 Result ExchangeMedian();
 Result ExchangeSlow();
+// Milliseconds of a save and of a load of a family 4 controller's settings beside the time that their bytes take on the
+// wire.
+Result SaveSettingsTime();
+Result LoadSettingsTime();
 // Milliseconds of processor time in this process, all threads but the simulated controller's.
 Result TickRunning();
 Result TickRunningSlow();

@@ -13,6 +13,7 @@
 #include "platform/Win32.h"
 #include "platform/linux/Entry.h"
 #include "resources/Ids.h"
+#include "settings/SettingsCommands.h"
 #include "shell/AppState.h"
 #include "shell/MainWindow.h"
 #include "shell/SizeProfiles.h"
@@ -30,7 +31,6 @@ constexpr int LargestProfile = 5;
 
 // A tick asks for identity and live values: two requests of 4 bytes and replies of 4 and 11, of ten bits each.
 constexpr double ExchangeBytes = 4 + 4 + 4 + 11;
-constexpr double WireMilliseconds = ExchangeBytes * 10 / 9.6;
 // From one tick to the next where the wire has its true pace.
 constexpr double TickSeconds = 0.074;
 // The engine is driven on for so long first, until it is warm and runs on gas.
@@ -58,6 +58,36 @@ std::vector<double> MeasureExchanges() {
 const std::vector<double>& ExchangeTimes() {
     static const std::vector<double> times = MeasureExchanges();
     return times;
+}
+
+constexpr int SettingsRuns = 9;
+constexpr const char* SettingsPath = "benchmark.vr2";
+// Four blocks of 11, 14, 16 and 21 bytes, and 32 cells with their replies of 3; each for a request of 4.
+constexpr double SaveBytes = 4 * 4 + 11 + 14 + 16 + 21;
+constexpr double LoadBytes = 32 * (4 + 3);
+
+double MillisecondsOnWire(double bytes) {
+    return bytes * 10 / 9.6;
+}
+
+// What follows the file dialog, on a controller at the true pace.
+double MeasureSettings(void (*run)(const char* path)) {
+    simulator::Config config;
+    config.portLink = PortLink();
+    std::vector<double> milliseconds;
+    {
+        simulator::Server controller(config);
+        PollIdentity();
+        SaveSettingsFile(SettingsPath);
+        for (int round = 0; round < SettingsRuns; ++round) {
+            const double before = ClockMilliseconds(CLOCK_MONOTONIC);
+            run(SettingsPath);
+            milliseconds.push_back(ClockMilliseconds(CLOCK_MONOTONIC) - before);
+        }
+    }
+    ClosePort();
+    UnplugPort();
+    return Quantile(milliseconds, 0.5);
 }
 
 // A controller without delay whose clock moves by hand, and a name for the processor clock of its thread.
@@ -199,11 +229,19 @@ Result MeasurePageTick(unsigned command) {
 }  // namespace
 
 Result ExchangeMedian() {
-    return {Quantile(ExchangeTimes(), 0.5), WireMilliseconds};
+    return {Quantile(ExchangeTimes(), 0.5), MillisecondsOnWire(ExchangeBytes)};
 }
 
 Result ExchangeSlow() {
-    return {Quantile(ExchangeTimes(), 0.95), WireMilliseconds};
+    return {Quantile(ExchangeTimes(), 0.95), MillisecondsOnWire(ExchangeBytes)};
+}
+
+Result SaveSettingsTime() {
+    return {MeasureSettings(SaveSettingsFile), MillisecondsOnWire(SaveBytes)};
+}
+
+Result LoadSettingsTime() {
+    return {MeasureSettings(LoadSettingsFile), MillisecondsOnWire(LoadBytes)};
 }
 
 // The mean, since every fourth tick reads more blocks than the others.

@@ -59,7 +59,12 @@ std::size_t Faults::below(std::size_t limit) {
 
 std::optional<FaultKind> Faults::choose(bool isWrite) {
     for (FaultRule& rule : rules) {
-        if (rule.count == 0 || (rule.kind == FaultKind::WrongEcho && !isWrite)) {
+        bool onlyWrites = rule.onlyWrites || rule.kind == FaultKind::WrongEcho;
+        if (rule.count == 0 || (onlyWrites && !isWrite)) {
+            continue;
+        }
+        if (rule.after > 0) {
+            --rule.after;
             continue;
         }
         double draw = static_cast<double>(generator()) / (static_cast<double>(std::mt19937::max()) + 1);

@@ -36,6 +36,8 @@ struct FaultRule {
     FaultKind kind = FaultKind::Silence;
     double probability = 1;  // of each reply
     int count = -1;          // replies still to spoil; below 0: no end
+    bool onlyWrites = false;
+    int after = 0;  // replies to leave alone first
 };
 
 // "silence", "silence=0.2" (probability, with a decimal point) or "silence=3" (count); nothing if it is none of these.

@@ -7,6 +7,9 @@
 #include <QElapsedTimer>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMessageBox>
+#include <QScrollBar>
+#include <QStyleOptionSlider>
 #include <QTest>
 #include <QTimer>
 #include <QWindow>
@@ -104,6 +107,26 @@ void type(char16_t letter) {
                         Qt::NoModifier);
 }
 
+QMessageBox* box() {
+    return qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+}
+
+bool boxShown() {
+    return box() && box()->isActiveWindow();
+}
+
+std::string told() {
+    return (box()->windowTitle() + ": " + box()->text()).toStdString();
+}
+
+Step answer(std::string& text, int key) {
+    return {"box", [&text] { return boxShown() && told() != text; },
+            [&text, key] {
+                text = told();
+                press(key);
+            }};
+}
+
 QMenuBar& menuBar() {
     return *widgetOf(MainWindow)->findChild<QMenuBar*>();
 }
@@ -128,6 +151,19 @@ void choose(int onBar, int item) {
     ASSERT_TRUE(popup());
     QMenu& open = *popup();
     QTest::mouseClick(&open, Qt::LeftButton, {}, open.actionGeometry(open.actions().at(item)).center());
+}
+
+QPoint middleOf(HWND scrollBar, QStyle::SubControl part) {
+    const auto& bar = *qobject_cast<QScrollBar*>(widgetOf(scrollBar));
+    QStyleOptionSlider option;
+    option.initFrom(&bar);
+    option.orientation = bar.orientation();
+    option.state.setFlag(QStyle::State_Horizontal, bar.orientation() == Qt::Horizontal);
+    option.minimum = bar.minimum();
+    option.maximum = bar.maximum();
+    option.pageStep = bar.pageStep();
+    option.sliderPosition = option.sliderValue = bar.value();
+    return bar.style()->subControlRect(QStyle::CC_ScrollBar, &option, part, &bar).center();
 }
 
 QComboBox& boxOf(HWND combo) {

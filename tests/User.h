@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QString>
+#include <QStyle>
 #include <functional>
 #include <string>
 #include <vector>
@@ -12,6 +13,7 @@ class QAction;
 class QComboBox;
 class QMenu;
 class QMenuBar;
+class QMessageBox;
 
 // Runs the program until all that was posted, typed and invalidated has been dealt with.
 void settle();
@@ -38,6 +40,13 @@ void pressAlt(char16_t letter);
 // A letter without a modifier.
 void type(char16_t letter);
 
+// The message box on top, null if there is none; whether it can be answered; "caption: text" of it.
+QMessageBox* box();
+bool boxShown();
+std::string told();
+// Answers the next box, whose text is kept; a letter's button stays down for a moment before its box ends.
+Step answer(std::string& text, int key = Qt::Key_Return);
+
 QMenuBar& menuBar();
 // The open popup; null if there is none.
 QMenu* popup();
@@ -47,6 +56,9 @@ void clickOnBar(int position);
 // Clicks an item of a drop-down menu, both by position, where a separator counts.
 void choose(int onBar, int item);
 enum BarPosition { FileMenu, PortMenu, SizeMenu, LanguageMenu, FirstPageItem, InformationMenu = 10 };
+
+// The middle of a part of a scroll bar.
+QPoint middleOf(HWND scrollBar, QStyle::SubControl part);
 
 // The box behind a combo box's window, and a click on its open list's entry.
 QComboBox& boxOf(HWND combo);

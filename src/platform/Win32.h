@@ -13,10 +13,12 @@
 #include <windows.h>
 
 #include <commctrl.h>
+#include <commdlg.h>
 #else
 #include "platform/linux/WinTypes.h"
 
 #include "platform/linux/WinComm.h"
+#include "platform/linux/WinCommDlg.h"
 #include "platform/linux/WinGdi.h"
 #include "platform/linux/WinUser.h"
 #endif

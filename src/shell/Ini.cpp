@@ -1,9 +1,8 @@
 #include "shell/Ini.h"
 
-#include <cctype>
 #include <cstdio>
-#include <span>
 
+#include "files/TextFiles.h"
 #include "link/Link.h"
 #include "model/Text.h"
 #include "shell/AppState.h"
@@ -13,82 +12,32 @@ namespace {
 
 constexpr const char* IniName = "Tarvex.ini";
 
-int SkipBlanks(std::FILE* file) {
-    int letter = std::fgetc(file);
-    while (letter != EOF && std::isspace(letter)) {
-        letter = std::fgetc(file);
-    }
-    return letter;
-}
-
-// The next token, cut to the buffer; at the end of the file the buffer keeps what it holds.
-void ReadToken(std::FILE* file, std::span<char> token) {
-    int letter = SkipBlanks(file);
-    if (letter == EOF) {
-        return;
-    }
-    size_t length = 0;
-    while (letter != EOF && !std::isspace(letter)) {
-        if (length + 1 < token.size()) {
-            token[length++] = static_cast<char>(letter);
-        }
-        letter = std::fgetc(file);
-    }
-    token[length] = '\0';
-}
-
-// A decimal number with an optional sign, 0 if none stands there or if it names no port. What is no number stays for
-// the next token.
+// 0 for what names no port.
 unsigned ReadPortNumber(std::FILE* file) {
-    int letter = SkipBlanks(file);
-    const bool negative = letter == '-';
-    if (letter == '-' || letter == '+') {
-        letter = std::fgetc(file);
-    }
-    unsigned number = 0;
-    while (letter != EOF && std::isdigit(letter)) {
-        if (number <= HighestPort) {
-            number = number * 10 + static_cast<unsigned>(letter - '0');
-        }
-        letter = std::fgetc(file);
-    }
-    std::ungetc(letter, file);
-    return negative || number > HighestPort ? 0 : number;
-}
-
-// Null for what is no file of settings: a directory opens on some systems and fails only at the first read.
-std::FILE* OpenIni() {
-    std::FILE* file = std::fopen(IniName, "r");
-    if (!file) {
-        return nullptr;
-    }
-    const int letter = std::fgetc(file);
-    if (std::ferror(file)) {
-        std::fclose(file);
-        return nullptr;
-    }
-    if (letter != EOF) {
-        std::ungetc(letter, file);
-    }
-    return file;
+    const ScannedNumber number = ReadNumber(file);
+    return number.whole && number.low <= HighestPort ? number.low : 0;
 }
 
 }  // namespace
 
 void ReadIni() {
-    std::FILE* file = OpenIni();
+    std::FILE* file = OpenTextFile(IniName);
     if (!file) {
         PortNumber = 1;
         CopyText(LangCode, "pol");
         WriteIni();
         return;
     }
+    ReadIniItems(file);
+    std::fclose(file);
+}
+
+void ReadIniItems(std::FILE* file) {
     ReadToken(file, LangCode);
     ReadToken(file, LangCode);
     PortNumber = ReadPortNumber(file);
     ReadToken(file, LangCode);
     ReadToken(file, LangCode);
-    std::fclose(file);
 }
 
 void WriteIni() {

@@ -1,6 +1,8 @@
 // The languages: their files, menus and character sets.
 #pragma once
 
+#include <cstdio>
+
 #include "platform/Win32.h"
 
 // One language and what hangs on it.
@@ -17,10 +19,13 @@ struct Language {
 // The row of LangCode; a code that has none gets a row with the Polish menu.
 const Language& CurrentLanguage();
 
-// Fills LangTable from "Lang/Tarvex_lang.<LangCode>" under StartDirectory. The text of a line is what follows its last
-// "=" and the line's number, from 0, is its slot. Without the file the table keeps what it holds. A text is cut to 127
-// bytes and lines beyond the table are left out.
+// Fills LangTable from "Lang/Tarvex_lang.<LangCode>" under StartDirectory. Without the file the table keeps what it
+// holds.
 void ReadLanguageFile();
+
+// The same from an open file, which stays open. The text of a line is what follows its last "=" and the line's number,
+// from 0, is its slot. A text is cut to 127 bytes and lines beyond the table are left out.
+void ReadLanguageLines(std::FILE* file);
 
 // A choice from the Language menu by its item's id: stores the code in the ini, reads the texts, renews the page and
 // the menu with all its marks.

@@ -1,14 +1,12 @@
-// Check boxes, group boxes, edits and scroll bars.
-#include <QBasicTimer>
+// Check boxes, group boxes, edits and progress bars.
 #include <QCheckBox>
 #include <QFocusEvent>
 #include <QGroupBox>
 #include <QLineEdit>
 #include <QPainter>
+#include <QProgressBar>
 #include <QRegularExpressionValidator>
-#include <QScrollBar>
 #include <QStyleOptionButton>
-#include <QStyleOptionSlider>
 
 #include "platform/linux/Layer.h"
 
@@ -23,9 +21,6 @@ constexpr DWORD EditReadOnly = 0x0800;
 constexpr DWORD EditNumber = 0x2000;
 constexpr DWORD EditKnown = 0x0080 | EditCentred | EditUpperCase | EditReadOnly | EditNumber;
 constexpr DWORD ControlStyleMask = 0xFFFF;
-constexpr DWORD ScrollVertical = 0x0001;
-constexpr int RepeatDelay = 400;
-constexpr int RepeatPeriod = 50;
 
 // A check box that turns itself over; its text may take several lines.
 class CheckBox : public QCheckBox {
@@ -63,6 +58,14 @@ private:
     bool wraps;
 };
 
+// Letter by letter, so that none becomes two and a limited text grows past its limit.
+QString inCapitals(QString text) {
+    for (QChar& letter : text) {
+        letter = letter.toUpper();
+    }
+    return text;
+}
+
 class Edit : public QLineEdit {
 public:
     Edit(QWidget* parent, HWND shown, DWORD style) : QLineEdit(parent), window(shown) {
@@ -75,7 +78,7 @@ public:
         if (style & EditUpperCase) {
             connect(this, &QLineEdit::textEdited, this, [this](const QString& typed) {
                 const int cursor = cursorPosition();
-                setText(typed.toUpper());
+                setText(inCapitals(typed));
                 setCursorPosition(cursor);
             });
         }
@@ -102,140 +105,6 @@ private:
     HWND window;
 };
 
-struct ScrollKey {
-    int key;
-    WORD code;
-};
-
-constexpr ScrollKey ScrollKeys[] = {
-    {Qt::Key_Left, SB_LINELEFT},  {Qt::Key_Up, SB_LINELEFT},     {Qt::Key_Right, SB_LINERIGHT},
-    {Qt::Key_Down, SB_LINERIGHT}, {Qt::Key_PageUp, SB_PAGELEFT}, {Qt::Key_PageDown, SB_PAGERIGHT},
-    {Qt::Key_Home, SB_LEFT},      {Qt::Key_End, SB_RIGHT},
-};
-
-struct ScrollPart {
-    QStyle::SubControl part;
-    WORD code;
-};
-
-constexpr ScrollPart ScrollParts[] = {
-    {QStyle::SC_ScrollBarSubLine, SB_LINELEFT},
-    {QStyle::SC_ScrollBarAddLine, SB_LINERIGHT},
-    {QStyle::SC_ScrollBarSubPage, SB_PAGELEFT},
-    {QStyle::SC_ScrollBarAddPage, SB_PAGERIGHT},
-};
-
-// Tells its parent what the user does; where the thumb then stands is the parent's decision, so that it follows the
-// mouse only while it is held.
-class ScrollBar : public QScrollBar {
-public:
-    ScrollBar(QWidget* parent, HWND shown) : QScrollBar(Qt::Horizontal, parent), window(shown) {
-        setFocusPolicy(Qt::StrongFocus);
-        setContextMenuPolicy(Qt::NoContextMenu);
-        setRange(0, 100);
-        setPageStep(1);
-    }
-
-    int setPosition(int position) {
-        const int before = value();
-        setValue(position);
-        return before;
-    }
-
-protected:
-    void mousePressEvent(QMouseEvent* event) override {
-        if (event->button() != Qt::LeftButton) {
-            return;
-        }
-        QStyleOptionSlider option;
-        initStyleOption(&option);
-        const auto part = style()->hitTestComplexControl(QStyle::CC_ScrollBar, &option, event->pos(), this);
-        if (part == QStyle::SC_ScrollBarSlider) {
-            const QRect thumb = style()->subControlRect(QStyle::CC_ScrollBar, &option, part, this);
-            grip = event->pos().x() - thumb.left();
-            dragging = true;
-            return;
-        }
-        for (const ScrollPart& row : ScrollParts) {
-            if (row.part == part) {
-                held = row.code;
-                holding = true;
-                tell(held);
-                repeat.start(RepeatDelay, this);
-            }
-        }
-    }
-
-    void mouseMoveEvent(QMouseEvent* event) override {
-        if (!dragging) {
-            return;
-        }
-        QStyleOptionSlider option;
-        initStyleOption(&option);
-        const QRect groove = style()->subControlRect(QStyle::CC_ScrollBar, &option, QStyle::SC_ScrollBarGroove, this);
-        const QRect thumb = style()->subControlRect(QStyle::CC_ScrollBar, &option, QStyle::SC_ScrollBarSlider, this);
-        track = QStyle::sliderValueFromPosition(minimum(), maximum(), event->pos().x() - groove.left() - grip,
-                                                groove.width() - thumb.width());
-        tracked = true;
-        tell(SB_THUMBTRACK, track);
-    }
-
-    void mouseReleaseEvent(QMouseEvent*) override {
-        repeat.stop();
-        if (dragging && tracked) {
-            tell(SB_THUMBPOSITION, track);
-        }
-        if (dragging || holding) {
-            dragging = tracked = holding = false;
-            tell(SB_ENDSCROLL);
-        }
-    }
-
-    void timerEvent(QTimerEvent* event) override {
-        if (event->timerId() != repeat.timerId()) {
-            QScrollBar::timerEvent(event);
-            return;
-        }
-        repeat.start(RepeatPeriod, this);
-        tell(held);
-    }
-
-    void keyPressEvent(QKeyEvent* event) override {
-        const auto* row = std::ranges::find(ScrollKeys, event->key(), &ScrollKey::key);
-        if (row != std::end(ScrollKeys)) {
-            tell(row->code);
-        }
-    }
-
-    void keyReleaseEvent(QKeyEvent* event) override {
-        if (!event->isAutoRepeat() &&
-            std::ranges::find(ScrollKeys, event->key(), &ScrollKey::key) != std::end(ScrollKeys)) {
-            tell(SB_ENDSCROLL);
-        }
-    }
-
-    void wheelEvent(QWheelEvent* event) override {
-        event->ignore();
-    }
-
-private:
-    void tell(WORD code, int position = 0) {
-        if (const Window* bar = layer::find(window); bar && bar->parent) {
-            SendMessageA(bar->parent->handle, WM_HSCROLL, MAKEWPARAM(code, static_cast<unsigned>(position)),
-                         reinterpret_cast<LPARAM>(window));
-        }
-    }
-
-    HWND window;
-    QBasicTimer repeat;
-    WORD held = 0;
-    bool holding = false;
-    bool dragging = false;
-    bool tracked = false;
-    int grip = 0;
-    int track = 0;
-};
-
 }  // namespace
 
 QWidget* makeCheckBoxWidget(const Window& window) {
@@ -255,13 +124,6 @@ QWidget* makeEditWidget(const Window& window) {
         reportUnsupported("edit style", QString::number(window.style, 16));
     }
     return new Edit(window.parent->client, window.handle, window.style);
-}
-
-QWidget* makeScrollBarWidget(const Window& window) {
-    if (window.style & ScrollVertical) {
-        reportUnsupported("scroll bar", QStringLiteral("vertical"));
-    }
-    return new ScrollBar(window.parent->client, window.handle);
 }
 
 LRESULT buttonMessage(Window& window, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -290,13 +152,27 @@ LRESULT editMessage(Window& window, UINT message, WPARAM wParam, LPARAM lParam) 
     }
 }
 
-LRESULT scrollBarMessage(Window& window, UINT message, WPARAM wParam, LPARAM lParam) {
-    auto& bar = static_cast<ScrollBar&>(*window.outer);
+QWidget* makeProgressWidget(const Window& window) {
+    auto* bar = new QProgressBar(window.parent->client);
+    bar->setTextVisible(false);
+    return bar;
+}
+
+// The bar shows what it is told at once, whether or not the program returns to its loop.
+LRESULT progressMessage(Window& window, UINT message, WPARAM wParam, LPARAM lParam) {
+    auto& bar = static_cast<QProgressBar&>(*window.outer);
     switch (message) {
-        case SBM_SETPOS:
-            return bar.setPosition(static_cast<int>(wParam));
-        case SBM_GETPOS:
-            return bar.value();
+        case PBM_SETRANGE: {
+            const LRESULT before = MAKELPARAM(bar.minimum(), bar.maximum());
+            bar.setRange(LOWORD(lParam), HIWORD(lParam));
+            return before;
+        }
+        case PBM_SETPOS: {
+            const LRESULT before = bar.value();
+            bar.setValue(static_cast<int>(wParam));
+            bar.repaint();
+            return before;
+        }
         default:
             return DefWindowProcA(window.handle, message, wParam, lParam);
     }
@@ -309,13 +185,4 @@ using namespace layer;
 BOOL SetDlgItemInt(HWND dialog, int id, UINT value, BOOL isSigned) {
     const QByteArray text = isSigned ? QByteArray::number(static_cast<INT>(value)) : QByteArray::number(value);
     return SetDlgItemTextA(dialog, id, text.constData());
-}
-
-BOOL SetScrollRange(HWND handle, int kind, int lowest, int highest, BOOL) {
-    const Window* window = find(handle);
-    if (!window || window->kind != Kind::ScrollBar || kind != SB_CTL) {
-        return FALSE;
-    }
-    static_cast<ScrollBar&>(*window->outer).setRange(lowest, highest);
-    return TRUE;
 }

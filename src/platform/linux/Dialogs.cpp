@@ -1,7 +1,6 @@
 // Dialogs from templates: modeless children and modal windows of their own.
 #include <QAbstractButton>
 #include <QApplication>
-#include <QMessageBox>
 #include <cmath>
 
 #include "platform/linux/DialogTemplate.h"
@@ -16,7 +15,6 @@ constexpr DWORD ButtonTypeMask = 0x0F;
 constexpr DWORD DefaultButton = 1;
 constexpr WPARAM EnterKey = 0x0D;
 constexpr WPARAM EscapeKey = 0x1B;
-const QColor FaceColour(240, 240, 240);
 
 // A control's class is given by a number or by its name.
 struct ItemKind {
@@ -27,7 +25,7 @@ struct ItemKind {
 
 constexpr ItemKind ItemKinds[] = {
     {0x80, "button", Kind::Button},       {0x81, "edit", Kind::Edit},      {0x82, "static", Kind::Static},
-    {0x84, "scrollbar", Kind::ScrollBar}, {0x85, "combobox", Kind::Combo},
+    {0x84, "scrollbar", Kind::ScrollBar}, {0x85, "combobox", Kind::Combo}, {0, "msctls_progress32", Kind::Progress},
 };
 
 Kind kindOf(const TemplateItem& item) {
@@ -72,7 +70,7 @@ Window& makeDialog(const DialogTemplate& header, Window* parent, Window* owner, 
     dialog.style = header.style;
     dialog.exStyle = header.exStyle;
     dialog.dialogProcedure = procedure;
-    dialog.background = FaceColour;
+    dialog.background = QColor(FaceColour);
     dialog.font = uiFont(header.points);
     dialog.baseUnits = dialogBaseUnits(dialog.font, header.face);
     dialog.text = encode(header.title, controlCodePage());
@@ -218,6 +216,8 @@ LRESULT controlMessage(Window& window, UINT message, WPARAM wParam, LPARAM lPara
             return editMessage(window, message, wParam, lParam);
         case Kind::ScrollBar:
             return scrollBarMessage(window, message, wParam, lParam);
+        case Kind::Progress:
+            return progressMessage(window, message, wParam, lParam);
         default:
             return DefWindowProcA(window.handle, message, wParam, lParam);
     }
@@ -266,26 +266,4 @@ BOOL EndDialog(HWND handle, INT_PTR result) {
     // The end may come from within the desktop's own events; the dialog's loop must notice it all the same.
     PostMessageA(handle, WM_NULL, 0, 0);
     return TRUE;
-}
-
-int MessageBoxA(HWND ownerHandle, LPCSTR text, LPCSTR caption, UINT type) {
-    constexpr UINT IconMask = 0xF0;
-    Window* asked = find(ownerHandle);
-    QWidget* owner = asked ? rootOf(*asked).outer.data() : nullptr;
-    QMessageBox box(owner);
-    box.setWindowTitle(decode(caption, controlCodePage()));
-    box.setText(decode(text, controlCodePage()));
-    box.setTextFormat(Qt::PlainText);
-    box.setIcon((type & IconMask) == MB_ICONEXCLAMATION   ? QMessageBox::Warning
-                : (type & IconMask) == MB_ICONINFORMATION ? QMessageBox::Information
-                                                          : QMessageBox::NoIcon);
-    const bool asks = (type & ~IconMask) == MB_YESNO;
-    box.setStandardButtons(asks ? QMessageBox::Yes | QMessageBox::No : QMessageBox::Ok);
-    box.setDefaultButton(asks ? QMessageBox::Yes : QMessageBox::Ok);
-    box.setWindowModality(Qt::ApplicationModal);
-    QApplication::beep();
-    box.show();
-    runNestedLoop([](void* shown) { return !static_cast<QMessageBox*>(shown)->isVisible(); }, &box);
-    const int answer = box.result();
-    return !asks ? IDOK : answer == QMessageBox::Yes ? IDYES : IDNO;
 }

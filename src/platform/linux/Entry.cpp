@@ -1,7 +1,10 @@
 #include "platform/linux/Entry.h"
 
 #include <QApplication>
+#include <QLibraryInfo>
+#include <QLocale>
 #include <QScreen>
+#include <QTranslator>
 
 #include "platform/linux/Layer.h"
 
@@ -28,10 +31,22 @@ void watchScreen(QScreen* screen) {
     }
 }
 
+// Message boxes and file dialogs speak the desktop's language, as far as Qt's own texts are installed in it. They keep
+// our windows' direction whatever that language is.
+void installLanguage() {
+    auto* texts = new QTranslator(qApp);
+    if (texts->load(QLocale::system(), QStringLiteral("qtbase"), QStringLiteral("_"),
+                    QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
+        QCoreApplication::installTranslator(texts);
+    }
+    QGuiApplication::setLayoutDirection(Qt::LeftToRight);
+}
+
 }  // namespace
 
 void prepareApplication() {
     installStyle();
+    installLanguage();
     installInput();
     QApplication::setQuitOnLastWindowClosed(false);
     for (QScreen* screen : QGuiApplication::screens()) {

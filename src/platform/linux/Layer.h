@@ -58,7 +58,10 @@ private:
     bool anyDirty = false;
 };
 
-enum class Kind { Desktop, Frame, Dialog, Button, Static, Combo, Edit, ScrollBar };
+enum class Kind { Desktop, Frame, Dialog, Button, Static, Combo, Edit, ScrollBar, Progress };
+
+// Behind the controls of a dialog.
+constexpr QRgb FaceColour = 0xFFF0F0F0;
 
 struct Window {
     HWND handle = nullptr;
@@ -123,6 +126,7 @@ protected:
     void paintEvent(QPaintEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void moveEvent(QMoveEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
 
 private:
     HWND window;
@@ -142,6 +146,8 @@ LRESULT editMessage(Window& window, UINT message, WPARAM wParam, LPARAM lParam);
 QWidget* makeScrollBarWidget(const Window& window);
 LRESULT scrollBarMessage(Window& window, UINT message, WPARAM wParam, LPARAM lParam);
 void notifyParent(HWND control, unsigned code);
+QWidget* makeProgressWidget(const Window& window);
+LRESULT progressMessage(Window& window, UINT message, WPARAM wParam, LPARAM lParam);
 // Stops a top-level widget from closing by itself and tells the program; a drag by the user moves the record.
 void askToClose(HWND window, QCloseEvent& event);
 void noteMove(HWND window, const QWidget& widget);
@@ -162,6 +168,9 @@ void showAllDrawing();
 Window* nextToPaint();
 void forgetContexts(const Window& window);
 
+// What GetLocalTime tells from now on, for tests; null: the computer's own time.
+void holdLocalTime(const SYSTEMTIME* time);
+
 // Timers.
 void killTimers(HWND window);
 bool takeDueTimer(MSG& message);
@@ -170,6 +179,8 @@ bool takeDueTimer(MSG& message);
 void forgetMessages(HWND window);
 // Runs messages until done() says so or the quit message comes, which is left for the outer loop.
 void runNestedLoop(bool (*done)(void*), void* argument);
+// Runs what is waiting from within a loop of Qt's own, as a question of a file dialog has one.
+void serveWithinQtLoop();
 void installInput();
 // Gives Qt a key that does not pass through the program's loop.
 void handOnDirectly(QWidget& receiver, QKeyEvent& key);

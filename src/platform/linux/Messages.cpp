@@ -50,9 +50,10 @@ WPARAM virtualKey(int qtKey) {
     return qtKey < 0x80 ? static_cast<WPARAM>(qtKey) : 0;
 }
 
-// The window that has the keyboard: that of the focused widget or the nearest one above it.
+// The window that has the keyboard: that of the focused widget or the nearest one above it. Null within a message box
+// or a file dialog, which deal with their keys by themselves.
 HWND focusWindow(const QWidget* widget) {
-    for (; widget; widget = widget->parentWidget()) {
+    for (; widget; widget = widget->isWindow() ? nullptr : widget->parentWidget()) {
         for (const Window* frame : topLevels()) {
             std::vector<const Window*> open{frame};
             while (!open.empty()) {
@@ -200,6 +201,21 @@ void runNestedLoop(bool (*done)(void*), void* argument) {
         }
         TranslateMessage(&message);
         DispatchMessageA(&message);
+    }
+}
+
+void serveWithinQtLoop() {
+    MSG message;
+    while (takePosted(message) || takePaint(message) || takeDueTimer(message)) {
+        DispatchMessageA(&message);
+    }
+    showAllDrawing();
+    if (quitting) {
+        QWidget* open = QApplication::activePopupWidget();
+        open = open ? open : QApplication::activeModalWidget();
+        if (open) {
+            open->close();
+        }
     }
 }
 

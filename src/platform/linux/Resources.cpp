@@ -1,6 +1,6 @@
 // The compiled resource script, embedded as it is, and the pictures, strings and accelerators in it.
-#include <QFile>
 #include <QPixmap>
+#include <QResource>
 #include <map>
 #include <unordered_map>
 
@@ -19,20 +19,14 @@ constexpr unsigned StringsPerBlock = 16;
 
 using ResourceKey = std::pair<unsigned, unsigned>;
 
-const QByteArray& resourceFile() {
-    static const QByteArray content = [] {
-        initResources();
-        QFile file(QStringLiteral(":/Tarvex.res"));
-        if (!file.open(QIODevice::ReadOnly)) {
-            reportUnsupported("resources", file.errorString());
-        }
-        return file.readAll();
-    }();
-    return content;
-}
-
-std::span<const BYTE> asBytes(const QByteArray& data) {
-    return {reinterpret_cast<const BYTE*>(data.constData()), static_cast<size_t>(data.size())};
+// The bytes lie in the program, not compressed, so that a page of them is only read when it is used.
+std::span<const BYTE> resourceFile() {
+    initResources();
+    const QResource file(QStringLiteral(":/Tarvex.res"));
+    if (!file.isValid() || file.compressionAlgorithm() != QResource::NoCompression) {
+        reportUnsupported("resources", file.fileName());
+    }
+    return {file.data(), static_cast<size_t>(file.size())};
 }
 
 unsigned readId(ResourceReader& in) {
@@ -49,7 +43,7 @@ unsigned readId(ResourceReader& in) {
 const std::map<ResourceKey, std::span<const BYTE>>& allResources() {
     static const auto table = [] {
         std::map<ResourceKey, std::span<const BYTE>> found;
-        ResourceReader in(asBytes(resourceFile()));
+        ResourceReader in(resourceFile());
         while (!in.atEnd()) {
             const size_t start = in.offset();
             const DWORD dataSize = in.dword();

@@ -14,10 +14,8 @@
 #include <cstdint>
 #include <ctime>
 #include <limits>
-#include <string>
 
-#include "platform/Win32.h"
-#include "platform/linux/PortTable.h"
+#include "platform/linux/Handles.h"
 
 namespace {
 
@@ -47,14 +45,7 @@ constexpr std::array<Speed, 8> Speeds{{
     {115200, B115200},
 }};
 
-// Handles are numbers that are never given out twice, so that one kept too long reaches no other port.
-HANDLE nextHandle() {
-    static std::uintptr_t last = 0x1000;
-    last += 4;
-    return reinterpret_cast<HANDLE>(last);
-}
-
-Port* findPort(HANDLE handle) {
+Port* findOpen(HANDLE handle) {
     if (handle == nullptr) {
         return nullptr;
     }
@@ -62,15 +53,20 @@ Port* findPort(HANDLE handle) {
     return found == Ports.end() ? nullptr : &*found;
 }
 
+Port* findPort(HANDLE handle) {
+    layer::refusePlainFile(handle);
+    return findOpen(handle);
+}
+
 Port* findFreeRow() {
     const auto found = std::ranges::find(Ports, nullptr, &Port::handle);
     return found == Ports.end() ? nullptr : &*found;
 }
 
-int openDevice(const std::string& path) {
+int openDevice(const char* path) {
     int descriptor = -1;
     do {
-        descriptor = open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+        descriptor = open(path, O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     } while (descriptor < 0 && errno == EINTR);
     return descriptor;
 }
@@ -136,16 +132,11 @@ bool dropControlLines(int descriptor) {
 
 }  // namespace
 
-HANDLE CreateFileA(LPCSTR name, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security, DWORD creation, DWORD flags,
-                   HANDLE templateFile) {
+namespace layer {
+
+HANDLE openPort(const char* device) {
     Port* port = findFreeRow();
-    const bool supported = access == (GENERIC_READ | GENERIC_WRITE) && share == 0 && security == nullptr &&
-                           creation == OPEN_EXISTING && flags == 0 && templateFile == nullptr;
-    const std::string device = name == nullptr ? std::string() : layer::portDevice(name);
-    if (port == nullptr || !supported || device.empty()) {
-        return INVALID_HANDLE_VALUE;
-    }
-    const int descriptor = openDevice(device);
+    const int descriptor = port == nullptr ? -1 : openDevice(device);
     if (descriptor < 0) {
         return INVALID_HANDLE_VALUE;
     }
@@ -159,17 +150,23 @@ HANDLE CreateFileA(LPCSTR name, DWORD access, DWORD share, SECURITY_ATTRIBUTES* 
 
 // Closing a real line would wait for what has not gone out, for up to half a minute. The exclusive flag would outlive
 // us on a device that somebody else holds open, as a pseudo-terminal's owner may.
-BOOL CloseHandle(HANDLE handle) {
-    Port* port = findPort(handle);
+bool closePort(HANDLE handle) {
+    Port* port = findOpen(handle);
     if (port == nullptr) {
-        return FALSE;
+        return false;
     }
     tcflush(port->descriptor, TCOFLUSH);
     ioctl(port->descriptor, TIOCNXCL);
     close(port->descriptor);
     *port = {};
-    return TRUE;
+    return true;
 }
+
+bool isPort(HANDLE handle) {
+    return findOpen(handle) != nullptr;
+}
+
+}  // namespace layer
 
 BOOL SetCommState(HANDLE handle, DCB* state) {
     const Port* port = findPort(handle);

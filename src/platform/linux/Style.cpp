@@ -1,8 +1,10 @@
 // One style, palette and font on every desktop, so that a layout is the same everywhere.
 #include <QApplication>
+#include <QDialogButtonBox>
 #include <QMenuBar>
 #include <QPixmapCache>
 #include <QProxyStyle>
+#include <QSettings>
 #include <QStyleFactory>
 #include <QStyleOptionMenuItem>
 #include <cstdio>
@@ -64,13 +66,17 @@ public:
         return {size.width() + 2 * padding, bar->height()};
     }
 
-    // Value lists drop down under their box and open at the selection; the menu bar is reached by Alt.
+    // Value lists drop down under their box and open at the selection; the menu bar is reached by Alt. The buttons of
+    // message boxes and file dialogs stand in one order and are text alone.
     int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
                   QStyleHintReturn* returned) const override {
         switch (hint) {
             case SH_ComboBox_Popup:
             case SH_UnderlineShortcut:
+            case SH_DialogButtonBox_ButtonsHaveIcons:
                 return 0;
+            case SH_DialogButtonLayout:
+                return QDialogButtonBox::WinLayout;
             case SH_MenuBar_AltKeyNavigation:
                 return 1;
             default:
@@ -111,6 +117,9 @@ void installStyle() {
     QApplication::setStyle(new FixedStyle);
     QApplication::setPalette(lightPalette());
     QApplication::setFont(uiFont(9));
+    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    // What other programs' file dialogs left behind is not read, and ours leave nothing.
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("/dev/null"));
     // The style keeps its pictures of controls apart for each widget, which pages make anew again and again.
     QPixmapCache::setCacheLimit(PictureCacheKilobytes);
     // A poll of a lost link holds the letters of a search in a list up for a good quarter of a second.

@@ -1,5 +1,6 @@
 // Timers: each is at most one pending message, however late the program is.
 #include <QObject>
+#include <QThread>
 #include <QTimerEvent>
 #include <algorithm>
 #include <list>
@@ -29,6 +30,10 @@ protected:
         if (rung != timers.end() && !rung->due) {
             rung->due = true;
             timers.splice(timers.end(), timers, rung);
+        }
+        // The layer's own loops take events without running one of Qt's.
+        if (QThread::currentThread()->loopLevel() > 0) {
+            serveWithinQtLoop();
         }
     }
 };

@@ -140,6 +140,14 @@ void Canvas::moveEvent(QMoveEvent*) {
     noteMove(window, *this);
 }
 
+// The wheel belongs to the dialog under the mouse, whichever of its controls that passes over: none takes it for
+// itself but an open list.
+void Canvas::wheelEvent(QWheelEvent* event) {
+    const QPoint at = event->globalPosition().toPoint();
+    SendMessageA(window, WM_MOUSEWHEEL, MAKEWPARAM(0, static_cast<unsigned>(event->angleDelta().y())),
+                 MAKELPARAM(static_cast<unsigned>(at.x()), static_cast<unsigned>(at.y())));
+}
+
 void notifyParent(HWND control, unsigned code) {
     if (const Window* window = find(control); window && window->parent) {
         SendMessageA(window->parent->handle, WM_COMMAND, MAKEWPARAM(static_cast<unsigned>(window->id), code),
@@ -251,6 +259,9 @@ void makeControlWidget(Window& window) {
             break;
         case Kind::ScrollBar:
             window.outer = makeScrollBarWidget(window);
+            break;
+        case Kind::Progress:
+            window.outer = makeProgressWidget(window);
             break;
         default:
             window.outer = makeStatic(window);

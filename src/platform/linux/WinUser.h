@@ -25,6 +25,8 @@ constexpr UINT WM_INITDIALOG = 0x0110;
 constexpr UINT WM_COMMAND = 0x0111;
 constexpr UINT WM_TIMER = 0x0113;
 constexpr UINT WM_HSCROLL = 0x0114;
+constexpr UINT WM_VSCROLL = 0x0115;
+constexpr UINT WM_MOUSEWHEEL = 0x020A;
 constexpr UINT WM_ENTERMENULOOP = 0x0211;
 constexpr UINT WM_EXITMENULOOP = 0x0212;
 
@@ -43,7 +45,11 @@ constexpr WORD EN_UPDATE = 0x0400;
 constexpr UINT EM_SETLIMITTEXT = 0x00C5;
 constexpr UINT EM_SETREADONLY = 0x00CF;
 
-// Scroll bars that are controls; WM_HSCROLL carries a code, for SB_THUMBTRACK and SB_THUMBPOSITION with the position in
+// Progress bars.
+constexpr UINT PBM_SETRANGE = 0x0401;
+constexpr UINT PBM_SETPOS = 0x0402;
+
+// Scroll bars that are controls; WM_HSCROLL or WM_VSCROLL carries a code, for SB_THUMBTRACK and SB_THUMBPOSITION with the position in
 // the high word, and the bar as lParam. The bar's own position is the program's to set.
 constexpr int SB_CTL = 2;
 constexpr UINT SBM_SETPOS = 0x00E0;
@@ -96,6 +102,7 @@ constexpr int IDNO = 7;
 
 constexpr UINT MB_OK = 0x00;
 constexpr UINT MB_YESNO = 0x04;
+constexpr UINT MB_ICONHAND = 0x10;
 constexpr UINT MB_ICONEXCLAMATION = 0x30;
 constexpr UINT MB_ICONINFORMATION = 0x40;
 
@@ -227,7 +234,8 @@ HWND CreateDialogParamA(HINSTANCE instance, LPCSTR name, HWND parent, DLGPROC pr
 // dialog cannot be made, 0 if the program ends behind it.
 INT_PTR DialogBoxParamA(HINSTANCE instance, LPCSTR name, HWND owner, DLGPROC procedure, LPARAM parameter);
 BOOL EndDialog(HWND dialog, INT_PTR result);
-// MB_OK or MB_YESNO with one of the two icons; the buttons speak the desktop's language.
+// MB_OK or MB_YESNO with one of the three icons or none; the buttons speak the desktop's language. 0 if the program
+// ends behind it.
 int MessageBoxA(HWND owner, LPCSTR text, LPCSTR caption, UINT type);
 
 int LoadStringA(HINSTANCE instance, UINT id, LPSTR buffer, int size);

@@ -1,0 +1,234 @@
+// File, Save As and Open against a simulated controller: what the file holds, what reaches the wire, what the user is
+// told.
+#include <QApplication>
+#include <QLineEdit>
+#include <QTest>
+#include <algorithm>
+#include <map>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "User.h"
+#include "link/Link.h"
+#include "settings/SettingsFormat.h"
+#include "shell/AppState.h"
+#include "simulator/Cells.h"
+
+namespace {
+
+QLineEdit* nameEdit() {
+    QWidget* dialog = QApplication::activeModalWidget();
+    return dialog ? dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit")) : nullptr;
+}
+
+bool fileDialogShown() {
+    return nameEdit() && QApplication::activeModalWidget()->isActiveWindow();
+}
+
+Step giveName(const std::string& name) {
+    return {"file dialog", fileDialogShown, [name] {
+                QTest::keyClicks(nameEdit(), QString::fromStdString(name));
+                press(Qt::Key_Return);
+            }};
+}
+
+void command(UINT id, const std::vector<Step>& steps) {
+    PostMessageA(MainWindow, WM_COMMAND, id, 0);
+    run(steps);
+}
+
+class Settings : public WindowFixture {
+protected:
+    std::map<unsigned, unsigned> cells() {
+        std::map<unsigned, unsigned> held;
+        server->with([&](const simulator::Controller& controller) {
+            for (const unsigned cell : format().cells) {
+                held[cell] = controller.cells.get(static_cast<int>(cell));
+            }
+        });
+        return held;
+    }
+    void changeCells(unsigned seed) {
+        std::minstd_rand random(seed);
+        for (const unsigned cell : format().cells) {
+            setCell(static_cast<int>(cell), static_cast<std::uint8_t>(random()));
+        }
+    }
+    static const SettingsFormat& format() {
+        return SettingsFormatOf(ControllerFamily);
+    }
+    // What a file of these cells is.
+    static std::string fileOf(const std::map<unsigned, unsigned>& held) {
+        std::ostringstream text;
+        for (size_t row = 0; row < format().rows; ++row) {
+            text << format().keys[row].data();
+            if (row >= SettingsHeaderRows) {
+                const size_t value = row - SettingsHeaderRows;
+                text << ' ' << (value < format().cells.size() ? held.at(format().cells[value]) : 0);
+            }
+            text << '\n';
+        }
+        return text.str();
+    }
+    // The cell numbers that were written, in their order; the writes stand in one row without a poll between them.
+    std::vector<unsigned> writtenCells() const {
+        std::vector<unsigned> numbers;
+        bool ended = false;
+        for (const simulator::LogEntry& entry : server->log()) {
+            if (!entry.isWrite) {
+                ended = !numbers.empty();
+                continue;
+            }
+            EXPECT_FALSE(ended) << "a poll between two writes";
+            numbers.push_back(entry.request.bytes[1] - (ControllerFamily == 4 ? 1u : 0u));
+        }
+        return numbers;
+    }
+    size_t polls() const {
+        return static_cast<size_t>(std::ranges::count_if(
+            server->log(), [](const simulator::LogEntry& entry) { return entry.request.bytes[1] == 1; }));
+    }
+};
+
+}  // namespace
+
+TEST_F(Settings, WhatIsSavedComesBackWithAllCellsChangedMeanwhile) {
+    for (const int family : {2, 4}) {
+        SCOPED_TRACE(family);
+        startOn(family);
+        changeCells(7);
+        const auto saved = cells();
+        size_t before = 0;
+        choose(FileMenu, 1);
+        run({{"polls behind the dialog", [&] { return fileDialogShown() && polls() > before + 2; }, [] {}},
+             giveName(std::to_string(family))});
+        const std::string name = family == 4 ? "4.vr2" : "2.vrs";
+        EXPECT_EQ(readFile(name), fileOf(saved));
+        EXPECT_FALSE(std::filesystem::exists(folder / (name + ".part")));
+
+        changeCells(8);
+        EXPECT_NE(cells(), saved);
+        server->clearLog();
+        choose(FileMenu, 0);
+        run({giveName(name)});
+        EXPECT_EQ(cells(), saved);
+        EXPECT_EQ(writtenCells(), std::vector<unsigned>(format().cells.begin(), format().cells.end()));
+        closeProgram();
+        server.reset();
+    }
+}
+
+TEST_F(Settings, LoadEndsAtTheFirstWriteThatIsNotConfirmed) {
+    startOn(4);
+    changeCells(7);
+    const std::string content = fileOf(cells());
+    writeFile("a.vr2", content);
+    for (size_t good = 0; good < format().cells.size(); ++good) {
+        SCOPED_TRACE(good);
+        changeCells(100 + static_cast<unsigned>(good));
+        server->clearLog();
+        server->addFault(
+            {.kind = simulator::FaultKind::Silence, .count = 1, .onlyWrites = true, .after = static_cast<int>(good)});
+        std::string text;
+        size_t before = 0;
+        command(IDM_OPEN, {giveName("a.vr2"),
+                           {"polls behind the box",
+                            [&] {
+                                before = before == 0 && boxShown() ? polls() : before;
+                                return before != 0 && polls() > before + 1;
+                            },
+                            [] {}},
+                           answer(text)});
+        EXPECT_EQ(text, line(170) + ": " + line(171));
+        EXPECT_EQ(writtenCells().size(), good + 1);
+        server->clearFaults();
+    }
+}
+
+TEST_F(Settings, FileThatDoesNotFitSendsNothing) {
+    startOn(4);
+    const std::string good = fileOf(cells());
+    const std::string mismatch = line(169) + ": " + line(168);
+    writeFile("old.vr2", "[Tarve_X]\nVersion=1.2\n" + good);
+    writeFile("short.vr2", good.substr(0, good.size() - 20));
+    std::filesystem::create_directory(folder / "dir");
+    const std::pair<const char*, std::string> rows[] = {
+        {"old.vr2", mismatch}, {"short.vr2", mismatch}, {"none.vr2", "I/O Error: " + line(167)}};
+    server->clearLog();
+    for (const auto& [name, expected] : rows) {
+        std::string text;
+        command(IDM_OPEN, {giveName(name), answer(text)});
+        EXPECT_EQ(text, expected) << name;
+    }
+    command(IDM_OPEN, {{"file dialog", fileDialogShown, [] { press(Qt::Key_Escape); }}});
+    EXPECT_EQ(writtenCells().size(), 0u);
+
+    // Without a link only files of the first generation match, and their first cell fails.
+    server->unplug();
+    ASSERT_TRUE(pumpUntil([] { return LinkLost == 1 && ControllerFamily == 1; }));
+    writeFile("new.vr2", good);
+    writeFile("first.vrs", fileOf([] {
+                  std::map<unsigned, unsigned> zeros;
+                  for (const unsigned cell : format().cells) {
+                      zeros[cell] = 0;
+                  }
+                  return zeros;
+              }()));
+    for (const auto& [name, expected] : {std::pair{"new.vr2", mismatch}, {"first.vrs", line(170) + ": " + line(171)}}) {
+        std::string text;
+        command(IDM_OPEN, {giveName(name), answer(text)});
+        EXPECT_EQ(text, expected) << name;
+    }
+}
+
+TEST_F(Settings, KeyWithoutANumberKeepsTheControllersValue) {
+    startOn(4);
+    changeCells(7);
+    auto wanted = cells();
+    std::string content = fileOf(wanted);
+    const std::string key = "Prog2= ";
+    const size_t at = content.find(key) + key.size();
+    content.erase(at, content.find('\n', at) - at);
+    writeFile("a.vr2", content);
+    changeCells(8);
+    wanted[simulator::Prog2] = cells()[simulator::Prog2];
+    command(IDM_OPEN, {giveName("a.vr2")});
+    EXPECT_EQ(cells(), wanted);
+}
+
+TEST_F(Settings, SaveAsksBeforeItReplacesAndTellsWhatItCannotWrite) {
+    startOn(4);
+    const std::string held = fileOf(cells());
+    writeFile("a.vr2", "old");
+    std::string text, shown;
+    command(IDM_SAVE_AS, {giveName("a.vr2"), answer(text, Qt::Key_N), {"dialog again", fileDialogShown, [&] {
+                                                                           shown = nameEdit()->text().toStdString();
+                                                                           press(Qt::Key_Escape);
+                                                                       }}});
+    EXPECT_EQ(text, line(172) + ": " + line(173));
+    EXPECT_EQ(shown, "a.vr2");
+    EXPECT_EQ(readFile("a.vr2"), "old");
+    text.clear();
+    command(IDM_SAVE_AS, {giveName("a.vr2"), answer(text, Qt::Key_Y)});
+    EXPECT_EQ(readFile("a.vr2"), held);
+
+    server->clearLog();
+    for (const char* name : {"nowhere/a.vr2", "locked.vr2"}) {
+        writeFile("locked.vr2", "old");
+        std::filesystem::permissions(folder / "locked.vr2", std::filesystem::perms::owner_read);
+        text.clear();
+        std::vector<Step> steps{giveName(name)};
+        if (std::string(name) == "locked.vr2") {
+            steps.push_back(answer(text, Qt::Key_Y));
+        }
+        steps.push_back(answer(text));
+        command(IDM_SAVE_AS, steps);
+        EXPECT_EQ(text, "I/O Error: " + line(174)) << name;
+    }
+    EXPECT_EQ(readFile("locked.vr2"), "old");
+    for (const simulator::LogEntry& entry : server->log()) {
+        EXPECT_NE(entry.request.bytes[1], 5) << "blocks were read for a file that cannot be written";
+    }
+}
