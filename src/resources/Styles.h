@@ -40,6 +40,7 @@
 #define ES_NUMBER 0x2000L
 
 #define SBS_HORZ 0x0000L
+#define SBS_VERT 0x0001L
 
 #define CBS_DROPDOWNLIST 0x0003L
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "resources/Ids.h"
+#include "service/ControllerDialog.h"
+#include "settings/SettingsCommands.h"
 #include "shell/About.h"
 #include "shell/AppState.h"
 #include "shell/Language.h"
@@ -19,12 +21,24 @@ struct CommandRow {
     int argument;
 };
 
+void Open(int) {
+    OpenSettings();
+}
+
+void SaveAs(int) {
+    SaveSettings();
+}
+
 void Exit(int) {
     CloseMainWindow();
 }
 
 void ShowAbout(int) {
     RunAboutDialog();
+}
+
+void ShowController(int) {
+    RunControllerDialog();
 }
 
 void ChooseOtherPort(int) {
@@ -40,8 +54,11 @@ void ChooseMenuLanguage(int item) {
 }
 
 constexpr CommandRow Commands[] = {
+    {IDM_OPEN, Open, 0},
+    {IDM_SAVE_AS, SaveAs, 0},
     {IDM_EXIT, Exit, 0},
     {IDM_ABOUT, ShowAbout, 0},
+    {IDM_CONTROLLER, ShowController, 0},
     {IDM_READINGS, SwitchPage, ReadingsPage},
     {IDM_CONFIGURATION, SwitchPage, ConfigurationPage},
     {IDM_OPTIONS, SwitchPage, OptionsPage},

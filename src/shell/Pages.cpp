@@ -6,8 +6,10 @@
 #include "readings/ReadingsDrawing.h"
 #include "readings/ReadingsPage.h"
 #include "resources/Ids.h"
+#include "scope/OscilloscopePage.h"
+#include "service/DiagramPage.h"
+#include "service/ResetPage.h"
 #include "shell/AppState.h"
-#include "shell/EmptyPage.h"
 #include "shell/SizeProfiles.h"
 #include "tuning/ConfigurationPage.h"
 #include "tuning/OptionsPage.h"
@@ -78,10 +80,12 @@ constexpr PageRow Pages[] = {
      true,
      Nothing,
      false},
-    {DiagramPage, IDM_DIAGRAM, ForAllSizes(IDD_DIAGRAM), 178, EmptyPageProc, Nothing, Nothing, true, Nothing, true},
-    {ResetPage, IDM_RESET, ForAllSizes(IDD_RESET), 179, EmptyPageProc, Nothing, PlaceEmptyPage, false, Nothing, false},
-    {OscilloscopePage, IDM_OSCILLOSCOPE, ForAllSizes(IDD_OSCILLOSCOPE), 180, ScopeStandInProc, Nothing, Nothing, true,
-     Nothing, false},
+    {DiagramPage, IDM_DIAGRAM, ForAllSizes(IDD_DIAGRAM), 178, DiagramProc, FillDiagramPage, DrawDiagram, true, Nothing,
+     true},
+    {ResetPage, IDM_RESET, ForAllSizes(IDD_RESET), 179, ResetProc, Nothing, PlaceResetPage, false, ApplyResetTexts,
+     false},
+    {OscilloscopePage, IDM_OSCILLOSCOPE, ForAllSizes(IDD_OSCILLOSCOPE), 180, ScopeProc, FillScopePage, RedrawScope,
+     true, Nothing, false},
 };
 
 const PageRow& RowOf(int page) {
