@@ -14,7 +14,7 @@ namespace {
 
 using benchmarks::Result;
 
-enum class Aim { None, AtMost, AtMostOver, AtMostTimes };
+enum class Aim { None, AtMost, AtMostOver, AtMostTimes, AtLeastTimes };
 
 struct Row {
     const char* what;
@@ -47,15 +47,20 @@ constexpr Row Rows[] = {
     {"Switch to the Options page *", "ms", benchmarks::SwitchToOptions, nullptr, Aim::AtMost, 60},
     {"Change of size, Readings page *", "ms", benchmarks::ChangeOfSize, nullptr, Aim::AtMost, 60},
     {"Change of language, Readings page *", "ms", benchmarks::ChangeOfLanguage, nullptr, Aim::AtMost, 60},
+    {"Oscilloscope, columns a second", "/s", benchmarks::ScopeColumns, "wire", Aim::AtLeastTimes, 0.98},
+    {"Oscilloscope, a column, mean *", "ms", benchmarks::ScopeColumnTime, "exchange", Aim::AtMostOver, 0.5},
+    {"Oscilloscope, history drawn anew *", "ms", benchmarks::ScopeRedraw, nullptr, Aim::AtMost, 5},
+    {"Oscilloscope, growth in 150000 columns", "MB", benchmarks::ScopeGrowth, nullptr, Aim::AtMost, 0.5},
 };
 
-double MostAllowed(const Row& row, double reference) {
+double Limit(const Row& row, double reference) {
     switch (row.aim) {
         case Aim::AtMost:
             return row.limit;
         case Aim::AtMostOver:
             return reference + row.limit;
         case Aim::AtMostTimes:
+        case Aim::AtLeastTimes:
             return reference * row.limit;
         case Aim::None:
             break;
@@ -83,9 +88,11 @@ void PrintRow(const Row& row) {
         PrintLine(row.what, WithUnit(result.figure, row.unit), reference, "-", "");
         return;
     }
-    const double most = MostAllowed(row, result.reference);
-    PrintLine(row.what, WithUnit(result.figure, row.unit), reference, "<= " + WithUnit(most, row.unit),
-              result.figure <= most ? "met" : "missed");
+    const double limit = Limit(row, result.reference);
+    const bool least = row.aim == Aim::AtLeastTimes;
+    const bool met = least ? result.figure >= limit : result.figure <= limit;
+    PrintLine(row.what, WithUnit(result.figure, row.unit), reference,
+              (least ? ">= " : "<= ") + WithUnit(limit, row.unit), met ? "met" : "missed");
 }
 
 bool IsWanted(const Row& row, std::span<char* const> words) {

@@ -1,22 +1,15 @@
 // Rows about the tool's own procedures, run in this process on its real windows and message loop.
-#include <pthread.h>
-
-#include <QApplication>
-#include <atomic>
-#include <memory>
 #include <vector>
 
 #include "Measure.h"
+#include "Program.h"
 #include "Rows.h"
 #include "Workplace.h"
 #include "link/Link.h"
 #include "platform/Win32.h"
-#include "platform/linux/Entry.h"
 #include "resources/Ids.h"
 #include "settings/SettingsCommands.h"
 #include "shell/AppState.h"
-#include "shell/MainWindow.h"
-#include "shell/SizeProfiles.h"
 #include "simulator/Simulator.h"
 
 namespace benchmarks {
@@ -27,14 +20,11 @@ constexpr int Ticks = 400;
 constexpr int Repaints = 60;
 constexpr int Commands = 15;
 constexpr int WarmUpTicks = 40;
-constexpr int LargestProfile = 5;
 
 // A tick asks for identity and live values: two requests of 4 bytes and replies of 4 and 11, of ten bits each.
 constexpr double ExchangeBytes = 4 + 4 + 4 + 11;
 // From one tick to the next where the wire has its true pace.
 constexpr double TickSeconds = 0.074;
-// The engine is driven on for so long first, until it is warm and runs on gas.
-constexpr double WarmEngineSeconds = 120;
 
 std::vector<double> MeasureExchanges() {
     simulator::Config config;
@@ -66,10 +56,6 @@ constexpr const char* SettingsPath = "benchmark.vr2";
 constexpr double SaveBytes = 4 * 4 + 11 + 14 + 16 + 21;
 constexpr double LoadBytes = 32 * (4 + 3);
 
-double MillisecondsOnWire(double bytes) {
-    return bytes * 10 / 9.6;
-}
-
 // What follows the file dialog, on a controller at the true pace.
 double MeasureSettings(void (*run)(const char* path)) {
     simulator::Config config;
@@ -90,83 +76,12 @@ double MeasureSettings(void (*run)(const char* path)) {
     return Quantile(milliseconds, 0.5);
 }
 
-// A controller without delay whose clock moves by hand, and a name for the processor clock of its thread.
-class StepController {
-public:
-    StepController() : server(config()) {
-        server.observe([this](const simulator::LogEntry&) {
-            if (!known) {
-                pthread_getcpuclockid(pthread_self(), &threadClock);
-                known = true;
-            }
-        });
-        step(WarmEngineSeconds);
-    }
-
-    void step(double seconds) {
-        server.with([&](simulator::Controller& controller) { controller.step(seconds); });
-    }
-    double processorMilliseconds() const {
-        return known ? ClockMilliseconds(threadClock) : 0;
-    }
-
-private:
-    static simulator::Config config() {
-        simulator::Config config;
-        config.wirePace = false;
-        config.clockRuns = false;
-        config.portLink = PortLink();
-        return config;
-    }
-
-    clockid_t threadClock{};
-    std::atomic<bool> known = false;
-    simulator::Server server;
-};
-
-int noArguments = 1;
-char programName[] = "tarvex-benchmarks";
-char* programArguments[] = {programName, nullptr};
-
-struct Program {
-    QApplication application{noArguments, programArguments};
-    StepController controller;
-    MSG message{};  // the timer's, taken but not yet dispatched
-
-    // Runs the message loop up to the next tick: all that was drawn is then on the screen.
-    void runToTick() {
-        while (GetMessageA(&message, nullptr, 0, 0) && message.message != WM_TIMER) {
-            DispatchMessageA(&message);
-        }
-    }
-    double processorMilliseconds() const {
-        return ClockMilliseconds(CLOCK_PROCESS_CPUTIME_ID) - controller.processorMilliseconds();
-    }
-};
-
-std::unique_ptr<Program> running;
-
-Program& RunningProgram() {
-    if (!running) {
-        running = std::make_unique<Program>();
-        layer::prepareApplication();
-        CreateMainWindow(nullptr);
-        SetSizeProfile(LargestProfile);
-        ApplySizeProfile();
-        PlaceMainWindow();
-        ShowWindow(MainWindow, SW_SHOWDEFAULT);
-        UpdateWindow(MainWindow);
-        running->runToTick();
-    }
-    return *running;
-}
-
 // The message of a tick, and the loop until the next one is due: its exchanges, its drawing, its way to the screen.
 std::vector<double> MeasureTicks(double engineSeconds) {
     Program& program = RunningProgram();
     std::vector<double> milliseconds;
     for (int tick = -WarmUpTicks; tick < Ticks; ++tick) {
-        program.controller.step(engineSeconds);
+        program.controller->step(engineSeconds);
         if (tick == 0) {
             SetTimer(program.message.hwnd, program.message.wParam, 1, nullptr);
             program.runToTick();
@@ -293,13 +208,6 @@ Result ChangeOfSize() {
 
 Result ChangeOfLanguage() {
     return MeasureCommand(IDM_LANGUAGE_RUSSIAN, IDM_LANGUAGE_POLISH);
-}
-
-void CloseProgram() {
-    if (running) {
-        DestroyWindow(MainWindow);
-        running.reset();
-    }
 }
 
 }  // namespace benchmarks

@@ -161,8 +161,8 @@ void invalidate(Window& window, const QRegion& region, bool erase);
 void invalidateAll(Window& window);
 void erase(Window& window);
 void resizeSurface(Window& window);
-void showDrawing(Window& window);
-// Hands all that was drawn since the last call to the screen.
+// Hands all that was drawn since the last call to the screen: whoever is about to wait calls it, for a message, for the
+// line or for time to pass. So a tick that follows at once on another is drawn while the line is busy anyway.
 void showAllDrawing();
 // The topmost window in need of WM_PAINT, null if none.
 Window* nextToPaint();

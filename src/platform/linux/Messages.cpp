@@ -260,7 +260,6 @@ BOOL GetMessageA(MSG* message, HWND, UINT, UINT) {
             *message = {nullptr, WM_QUIT, static_cast<WPARAM>(quitCode), 0, 0, {0, 0}};
             return FALSE;
         }
-        showAllDrawing();
         QCoreApplication::processEvents(QEventLoop::AllEvents);
         if (!posted.empty() || quitting) {
             continue;

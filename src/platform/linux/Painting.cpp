@@ -26,7 +26,11 @@ HDC makeContext(HWND window) {
 }
 
 void showTree(Window& window) {
-    showDrawing(window);
+    window.surface.close();
+    const QRegion changed = window.surface.takeDirty();
+    if (!changed.isEmpty() && window.client) {
+        window.client->repaint(changed);
+    }
     for (Window* child : window.children) {
         showTree(*child);
     }
@@ -210,14 +214,6 @@ void erase(Window& window) {
 void resizeSurface(Window& window) {
     if (window.kind == Kind::Frame || window.kind == Kind::Dialog) {
         window.surface.resize(clientSize(window), window.client->devicePixelRatioF());
-    }
-}
-
-void showDrawing(Window& window) {
-    window.surface.close();
-    const QRegion changed = window.surface.takeDirty();
-    if (!changed.isEmpty() && window.client) {
-        window.client->update(changed);
     }
 }
 

@@ -16,6 +16,7 @@
 #include <limits>
 
 #include "platform/linux/Handles.h"
+#include "platform/linux/Layer.h"
 
 namespace {
 
@@ -226,6 +227,7 @@ BOOL ReadFile(HANDLE handle, LPVOID buffer, DWORD bytes, LPDWORD bytesRead, OVER
     if (port == nullptr) {
         return FALSE;
     }
+    layer::showAllDrawing();
     const COMMTIMEOUTS& limits = port->timeouts;
     const Nanoseconds interval = limits.ReadIntervalTimeout * NanosecondsPerMillisecond;
     const Nanoseconds end = deadlineFor(limits.ReadTotalTimeoutConstant, limits.ReadTotalTimeoutMultiplier, bytes);
@@ -285,6 +287,7 @@ void Sleep(DWORD milliseconds) {
         sched_yield();
         return;
     }
+    layer::showAllDrawing();
     const timespec end = toTimespec(now() + milliseconds * NanosecondsPerMillisecond);
     while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &end, nullptr) == EINTR) {
     }

@@ -1,0 +1,127 @@
+// Rows about the Oscilloscope page, in this process.
+#include <unistd.h>
+
+#include <vector>
+
+#include "Measure.h"
+#include "Program.h"
+#include "Rows.h"
+#include "Workplace.h"
+#include "link/Link.h"
+#include "model/Blocks.h"
+#include "resources/Ids.h"
+#include "scope/ScopeCapture.h"
+#include "scope/ScopeDrawing.h"
+#include "shell/AppState.h"
+
+namespace benchmarks {
+namespace {
+
+constexpr double Seconds = 60;
+constexpr int Columns = 1200;
+constexpr int WarmUpColumns = 500;
+constexpr int Redraws = 60;
+// An hour of columns, without the line's pace.
+constexpr int ManyColumns = 150000;
+constexpr int ColumnsAPaint = 50;
+// Identity and live values: two requests of 4 bytes and replies of 4 and 11.
+constexpr double ColumnBytes = 4 + 4 + 4 + 11;
+
+// Enters the page for a measurement and leaves it after.
+struct OnPage {
+    OnPage() {
+        show(IDM_OSCILLOSCOPE);
+    }
+    ~OnPage() {
+        show(IDM_READINGS);
+    }
+    void show(unsigned command) const {
+        SendMessageA(MainWindow, WM_COMMAND, MAKEWPARAM(command, 0), 0);
+        program.runToTick();
+    }
+    Program& program = RunningProgram();
+};
+
+double ColumnsASecond() {
+    simulator::Config config;
+    config.scenario = simulator::Scenario::Cruise;
+    config.portLink = PortLink();
+    const simulator::Server controller(config);
+    const OnPage page;
+    while (LinkLost != 0 || ParamBlockA[0] == 0) {
+        page.program.tick();
+    }
+    unsigned columns = 0;
+    const double start = ClockMilliseconds(CLOCK_MONOTONIC);
+    double now = start;
+    for (unsigned before = SweepPos; now - start < Seconds * 1000; before = SweepPos) {
+        page.program.tick();
+        columns += SweepPos != before ? 1 : 0;
+        now = ClockMilliseconds(CLOCK_MONOTONIC);
+    }
+    return columns * 1000 / (now - start);
+}
+
+}  // namespace
+
+Result ScopeColumns() {
+    Program& program = RunningProgram();
+    program.controller.reset();
+    const Result result = {ColumnsASecond(), 1000 / MillisecondsOnWire(ColumnBytes)};
+    program.controller.emplace();
+    while (LinkLost != 0) {
+        program.tick();
+    }
+    return result;
+}
+
+Result ScopeColumnTime() {
+    const OnPage page;
+    double before = 0;
+    for (int column = -WarmUpColumns; column < Columns; ++column) {
+        if (column == 0) {
+            before = page.program.processorMilliseconds();
+        }
+        page.program.controller->step(1 / 41.7);
+        page.program.tick();
+    }
+    const double all = page.program.processorMilliseconds();
+    for (int exchange = 0; exchange < Columns; ++exchange) {
+        PollIdentity();
+        ReadLiveBlock();
+    }
+    return {(all - before) / Columns, (page.program.processorMilliseconds() - all) / Columns};
+}
+
+Result ScopeRedraw() {
+    const OnPage page;
+    for (int column = 0; column < WarmUpColumns; ++column) {
+        page.program.controller->step(1 / 41.7);
+        page.program.tick();
+    }
+    std::vector<double> milliseconds;
+    for (int redraw = 0; redraw < Redraws; ++redraw) {
+        const double before = page.program.processorMilliseconds();
+        DrawScopeTraces();
+        milliseconds.push_back(page.program.processorMilliseconds() - before);
+        page.program.tick();
+    }
+    return {Quantile(milliseconds, 0.5)};
+}
+
+Result ScopeGrowth() {
+    const OnPage page;
+    double before = 0;
+    for (int column = -WarmUpColumns; column < ManyColumns; ++column) {
+        if (column == 0) {
+            before = ProportionalMegabytes(getpid());
+        }
+        SendMessageA(PageWindow, WM_TIMER, PageTimer, 0);
+        if (column % ColumnsAPaint == 0) {
+            page.program.runToTick();
+        }
+    }
+    return {ProportionalMegabytes(getpid()) - before};
+}
+
+}  // namespace benchmarks
