@@ -1,7 +1,6 @@
 #include "files/TextFiles.h"
 
 #include <array>
-#include <cctype>
 
 #include "model/Text.h"
 #include "platform/Win32.h"
@@ -47,9 +46,18 @@ bool PutOnDisk(const char* path) {
     return done;
 }
 
+// The same in every locale.
+bool IsSpace(int letter) {
+    return letter == ' ' || (letter >= '\t' && letter <= '\r');
+}
+
+bool IsDigit(int letter) {
+    return letter >= '0' && letter <= '9';
+}
+
 int SkipSpace(std::FILE* file) {
     int letter = std::fgetc(file);
-    while (letter != EOF && std::isspace(letter)) {
+    while (IsSpace(letter)) {
         letter = std::fgetc(file);
     }
     return letter;
@@ -79,7 +87,7 @@ void ReadToken(std::FILE* file, std::span<char> token) {
         return;
     }
     size_t length = 0;
-    while (letter != EOF && !std::isspace(letter)) {
+    while (letter != EOF && !IsSpace(letter)) {
         if (length + 1 < token.size()) {
             // A zero would end the token early.
             token[length++] = letter == 0 ? '?' : static_cast<char>(letter);
@@ -98,7 +106,7 @@ ScannedNumber ReadNumber(std::FILE* file) {
         letter = std::fgetc(file);
     }
     ScannedNumber number{false, false, !negative, 0};
-    while (letter != EOF && std::isdigit(letter)) {
+    while (IsDigit(letter)) {
         number.found = true;
         number.whole = number.whole && number.low < Most;
         number.low = number.low * 10 + static_cast<unsigned>(letter - '0');
