@@ -19,14 +19,23 @@ double ProcessorMilliseconds(pid_t process) {
     return clock_getcpuclockid(process, &clock) == 0 ? ClockMilliseconds(clock) : 0;
 }
 
-double ProportionalMegabytes(pid_t process) {
-    std::ifstream file("/proc/" + std::to_string(process) + "/smaps_rollup");
+// The figure behind a word of a file that tells kilobytes.
+static double MegabytesIn(const std::string& path, const char* name) {
+    std::ifstream file(path);
     for (std::string word; file >> word;) {
-        if (double kilobytes = 0; word == "Pss:" && file >> kilobytes) {
+        if (double kilobytes = 0; word == name && file >> kilobytes) {
             return kilobytes / 1024;
         }
     }
     return 0;
+}
+
+double ProportionalMegabytes(pid_t process) {
+    return MegabytesIn("/proc/" + std::to_string(process) + "/smaps_rollup", "Pss:");
+}
+
+double AnonymousMegabytes() {
+    return MegabytesIn("/proc/self/status", "RssAnon:");
 }
 
 void SleepMilliseconds(double milliseconds) {

@@ -1,4 +1,4 @@
-// A thousand commands in a row leave nothing behind.
+// A thousand commands in a row, and a visit to all that there is, leave nothing behind.
 #include <malloc.h>
 
 #include <QApplication>
@@ -11,6 +11,9 @@
 #include "platform/linux/Layer.h"
 #include "resources/Ids.h"
 #include "shell/AppState.h"
+#include "tuning/CorrectionsDialog.h"
+#include "tuning/EmulationDialog.h"
+#include "tuning/GasLevelDialog.h"
 
 namespace {
 
@@ -18,6 +21,24 @@ constexpr UINT Pages[] = {IDM_READINGS, IDM_CONFIGURATION, IDM_OPTIONS, IDM_DIAG
 constexpr UINT Others[] = {IDM_ABOUT, IDM_COM_OTHER, IDM_COM1, IDM_COM2, IDM_COM3, IDM_COM9};
 const std::span<const UINT> Commands[] = {Pages, SizeItems, LanguageItems, Others};
 constexpr int DeepestDialog = 3;
+
+// What shows over which page, with the language line that its caption begins with.
+template <UINT Item>
+void choose() {
+    SendMessageA(MainWindow, WM_COMMAND, Item, 0);
+}
+
+struct DialogRow {
+    UINT page;
+    void (*open)();
+    size_t caption;
+};
+constexpr DialogRow Dialogs[] = {
+    {IDM_READINGS, choose<IDM_ABOUT>, 157},     {IDM_RESET, choose<IDM_CONTROLLER>, 190},
+    {IDM_READINGS, choose<IDM_OPEN>, 165},      {IDM_OSCILLOSCOPE, choose<IDM_SAVE_AS>, 166},
+    {IDM_DIAGRAM, choose<IDM_COM_OTHER>, 0},    {IDM_CONFIGURATION, RunEmulationDialog, 43},
+    {IDM_CONFIGURATION, RunGasLevelDialog, 39}, {IDM_OPTIONS, RunCorrectionsDialog, 98},
+};
 
 struct Counts {
     size_t windows, menus, objects, contexts, timers, widgets;
@@ -73,6 +94,19 @@ protected:
         send({port, IDM_READINGS});
         const size_t before = controller.log().size();
         ASSERT_TRUE(pumpUntil([&] { return controller.log().size() >= before + 10; }));
+    }
+    // Opens the dialog, looks at its caption and closes it.
+    static void visit(const DialogRow& row) {
+        QTimer::singleShot(0, row.open);
+        const auto shown = [] {
+            const QWidget* dialog = QApplication::activeModalWidget();
+            return dialog && dialog->isActiveWindow() && !layer::nextToPaint();
+        };
+        run({{"dialog", shown, [&] {
+                  const std::string caption = QApplication::activeModalWidget()->windowTitle().toStdString();
+                  EXPECT_TRUE(caption.starts_with(row.caption == 0 ? "RS 232" : line(row.caption))) << caption;
+                  press(Qt::Key_Escape);
+              }}});
     }
     void commandUntil(int wanted) {
         QTimer timer;
@@ -134,4 +168,44 @@ TEST_F(Hammer, AThousandCommandsLeaveNothingBehind) {
     }
     send({IDM_COM1});
     EXPECT_TRUE(pumpUntil([] { return LinkLost == 0; })) << "and it still reads";
+}
+
+TEST_F(Hammer, AVisitToEveryPageAndDialogLeavesNothingBehindAndWritesNothing) {
+    QPixmapCache::setCacheLimit(0);
+    plugController(4);
+    simulator::Config config;
+    config.family = 2;
+    config.wirePace = false;
+    config.portLink = folder / "ports/COM2";
+    simulator::Server second(config);
+    writeIni(9, "ang");
+    start();
+    Counts before{};
+    for (const auto& [port, family] : {std::pair{UINT{IDM_COM1}, 4}, {IDM_COM2, 2}, {IDM_COM9, 1}}) {
+        send({port, IDM_READINGS});
+        ASSERT_TRUE(pumpUntil([&] { return ControllerFamily == family && LinkLost == (family == 1); }));
+        for (size_t round = 0; round < 25; ++round) {
+            SCOPED_TRACE(round);
+            const size_t language = round / 5;
+            const size_t size = round % 5;
+            send({LanguageItems[language], SizeItems[size]});
+            for (size_t page = 0; page < std::size(Pages); ++page) {
+                send({Pages[page]});
+                EXPECT_EQ(textOf(MainWindow), line(175 + page));
+                for (const DialogRow& row : Dialogs) {
+                    // Each dialog in each language and in each size.
+                    if (row.page == Pages[page] && (language + size) % 5 == 0) {
+                        visit(row);
+                    }
+                }
+            }
+        }
+        rest();
+        if (port == IDM_COM1) {
+            before = countAll();
+        }
+        EXPECT_EQ(countAll(), before);
+    }
+    EXPECT_EQ(written(), "");
+    EXPECT_TRUE(std::ranges::none_of(second.log(), &simulator::LogEntry::isWrite));
 }

@@ -180,6 +180,20 @@ TEST_F(LayerDrawing, TextFillsItsCellsOrTheGivenRectangle) {
     EXPECT_GT(countPixels(window, area, darkish), 0);
 }
 
+TEST_F(LayerDrawing, ANumberLeavesNothingOfTheOneItReplaces) {
+    CreateFonts();
+    for (int profile = 1; profile <= 5; ++profile) {
+        SetSizeProfile(profile);
+        ChooseFonts();
+        const auto fresh = textPicture(LargeFont, "1111");
+        for (char digit = '0'; digit <= '9'; ++digit) {
+            textPicture(LargeFont, std::string(4, digit));
+            ExtTextOutA(dc, 20, 20, ETO_OPAQUE, nullptr, "1111", 4, nullptr);
+            EXPECT_TRUE(snapshot(window, {15, 15, 200, 60}) == fresh) << digit << ", size " << profile;
+        }
+    }
+}
+
 TEST_F(LayerDrawing, EachProfileHasItsFontsInBothCharacterSets) {
     constexpr std::string_view Letters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
     constexpr SIZE Large[] = {{11, 28}, {14, 36}, {18, 49}, {23, 62}, {23, 65}};

@@ -160,6 +160,14 @@ TEST(Blocks, DatesArePackedAcrossTwoBytes) {
         EXPECT_EQ(date.month, static_cast<int>(row.month) + 1);
         EXPECT_EQ(date.year, static_cast<int>(row.year) + 2000);
     }
+    for (unsigned index = 0; index < 63 * 12 * 31; ++index) {
+        const unsigned day = index % 31, month = index / 31 % 12, year = index / (31 * 12);
+        const DateBytes bytes = PackDate(day, month, year);
+        const Date date = UnpackDate(bytes);
+        EXPECT_TRUE(date.day == static_cast<int>(day) + 1 && date.month == static_cast<int>(month) + 1 &&
+                    date.year == static_cast<int>(year) + 2000 && (bytes.year & 0x40) == 0)
+            << index;
+    }
 }
 
 TEST(Blocks, FieldsComeFromTheirBits) {

@@ -72,6 +72,9 @@ void run(const std::vector<Step>& steps) {
             next = steps.size();
             patience.start();
             endAllDialogs();
+        } else if (next == steps.size()) {
+            // The loop that looks for the end may have nothing else to wake it.
+            PostMessageA(GetDesktopWindow(), WM_NULL, 0, 0);
         }
     });
     timer.start(StepMilliseconds);

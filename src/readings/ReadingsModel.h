@@ -4,8 +4,8 @@
 
 #include <array>
 
-#include "platform/Win32.h"
 #include "drawing/Palette.h"
+#include "platform/Win32.h"
 
 // Kept from one evaluation to the next; all 0 at process start, living to exit. EvaluateReadings writes them, unless a
 // line says otherwise; flags are 0 or 1.

@@ -138,6 +138,7 @@ void TickScope() {
 INT_PTR CALLBACK ScopeProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
         case WM_INITDIALOG:
+            ResetScopeBuffers();
             return 1;
         case WM_DESTROY:
             return 0;
@@ -165,7 +166,6 @@ INT_PTR CALLBACK ScopeProc(HWND window, UINT message, WPARAM wParam, LPARAM lPar
 }
 
 void FillScopePage() {
-    ResetScopeBuffers();
     RedrawScope();
     SweepPos = FirstColumn;
 }

@@ -17,7 +17,7 @@ extern unsigned ScopeParamsRead;
 
 INT_PTR CALLBACK ScopeProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
-// What follows each making of the page's window: an empty history, drawn.
+// What follows each making of the page's window, which has emptied the history before its first paint.
 void FillScopePage();
 // In the paint of the main window.
 void RedrawScope();

@@ -49,7 +49,8 @@ constexpr int StoredX = 201;
 // All of it lives from process start to exit; ResetScopeBuffers and CaptureColumn write it unless a line says
 // otherwise.
 extern std::array<ScopeSample, ScopeRoom> ScopeSamples;
-// In pixels of the page; x changes only with a reset.
+// In pixels of the page; x changes only with a reset, but for the first three points, which every drawing of the
+// history moves onto the fourth.
 extern std::array<std::array<POINT, ScopeRoom>, ScopeTraceCount> ScopePoints;
 // The piece of each trace that the newest column adds; the next one begins where it ends.
 extern std::array<std::array<POINT, 2>, ScopeTraceCount> ScopeSegment;

@@ -68,6 +68,7 @@ void DrawLabel(Canvas& canvas, HFONT font, const ScopeLabel& label) {
 
 void DrawTimeAxis(Canvas& canvas) {
     std::array<char, 3> number{};
+    UseText(canvas, SmallFont, Colour::Black, Colour::DialogFace);
     for (int mark = 0; mark < AxisMarks; ++mark) {
         DrawTextAt(canvas, 203 + AxisStep * mark, 470, ".");
         FormatText(number, "%02d", AxisUnit * mark);
@@ -216,11 +217,11 @@ void DrawScopeFrame() {
     DrawShapes(canvas, Panels);
     UseText(canvas, SmallFont, Colour::Black, Colour::DialogFace);
     DrawSensorTexts(canvas);
-    DrawTimeAxis(canvas);
+    DrawLabel(canvas, LargeFont, LargeLabel);
     for (const ScopeLabel& label : Labels) {
         DrawLabel(canvas, SmallFont, label);
     }
-    DrawLabel(canvas, LargeFont, LargeLabel);
+    DrawTimeAxis(canvas);
     CloseCanvas(canvas);
 }
 

@@ -71,7 +71,7 @@ public:
     Edit(QWidget* parent, HWND shown, DWORD style) : QLineEdit(parent), window(shown) {
         setContextMenuPolicy(Qt::NoContextMenu);
         setAlignment(Qt::AlignVCenter | (style & EditCentred ? Qt::AlignHCenter : Qt::AlignLeft));
-        setReadOnly(style & EditReadOnly);
+        makeReadOnly(style & EditReadOnly);
         if (style & EditNumber) {
             setValidator(new QRegularExpressionValidator(QRegularExpression(QStringLiteral("[0-9]*")), this));
         }
@@ -82,13 +82,27 @@ public:
                 setCursorPosition(cursor);
             });
         }
-        connect(this, &QLineEdit::textChanged, this, [shown](const QString& now) {
+        connect(this, &QLineEdit::textChanged, this, [this, shown](const QString& now) {
+            // What was typed comes once more after its capitals.
+            if (now != text()) {
+                return;
+            }
             if (Window* edit = layer::find(shown)) {
                 edit->text = encode(now, controlCodePage());
             }
             notifyParent(shown, EN_UPDATE);
             notifyParent(shown, EN_CHANGE);
         });
+    }
+
+    // What cannot be typed into has the colour of the dialog.
+    void makeReadOnly(bool readOnly) {
+        setReadOnly(readOnly);
+        QPalette colours = palette();
+        const QColor face = colours.color(QPalette::Window);
+        colours.setColor(QPalette::Base, readOnly ? face : QColor(Qt::white));
+        colours.setColor(QPalette::Disabled, QPalette::Base, face);
+        setPalette(colours);
     }
 
 protected:
@@ -145,7 +159,9 @@ LRESULT editMessage(Window& window, UINT message, WPARAM wParam, LPARAM lParam) 
             edit.setMaxLength(wParam ? static_cast<int>(wParam) : 32767);
             return 0;
         case EM_SETREADONLY:
-            edit.setReadOnly(wParam != 0);
+            if (edit.isReadOnly() != (wParam != 0)) {
+                edit.makeReadOnly(wParam != 0);
+            }
             return TRUE;
         default:
             return DefWindowProcA(window.handle, message, wParam, lParam);

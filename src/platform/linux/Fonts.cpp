@@ -21,8 +21,6 @@ constexpr double AverageWidth = 0.4414;
 constexpr double AverageBoldWidth = 0.48;
 // The weight from which the bold face is the nearer one.
 constexpr int BoldFrom = 550;
-// Letters may reach out of their cells by so much.
-constexpr int Overhang = 2;
 
 // Cells of the faces that most dialog templates name, MS Sans Serif and its kin of 8, 10, 12, 14 and 18 points, which
 // are a little higher than ours; those templates were laid out for them. Arial's cells are ours.
@@ -199,8 +197,12 @@ BOOL ExtTextOutA(HDC dc, int x, int y, UINT options, const RECT* rect, LPCSTR te
     // The background fills the cells and the rectangle, if one is given.
     painter->fillRect(cells, toColour(context->backColour));
     painter->fillRect(area, toColour(context->backColour));
+    // A smoothed edge that reached out of the cells to the side would stay when another text takes their place.
+    painter->save();
+    painter->setClipRect(cells.adjusted(0, -cells.height(), 0, cells.height()) | area, Qt::IntersectClip);
     painter->setPen(toColour(context->textColour));
     painter->drawGlyphRun(QPointF(), glyphRun(font, letters, QPoint(x, y)));
-    markDrawn(*context, cells.adjusted(-Overhang, 0, Overhang, 0) | area, std::move(drawing));
+    painter->restore();
+    markDrawn(*context, cells | area, std::move(drawing));
     return TRUE;
 }

@@ -49,8 +49,8 @@ constexpr UINT EM_SETREADONLY = 0x00CF;
 constexpr UINT PBM_SETRANGE = 0x0401;
 constexpr UINT PBM_SETPOS = 0x0402;
 
-// Scroll bars that are controls; WM_HSCROLL or WM_VSCROLL carries a code, for SB_THUMBTRACK and SB_THUMBPOSITION with the position in
-// the high word, and the bar as lParam. The bar's own position is the program's to set.
+// Scroll bars that are controls; WM_HSCROLL or WM_VSCROLL carries a code, for SB_THUMBTRACK and SB_THUMBPOSITION with
+// the position in the high word, and the bar as lParam. The bar's own position is the program's to set.
 constexpr int SB_CTL = 2;
 constexpr UINT SBM_SETPOS = 0x00E0;
 constexpr UINT SBM_GETPOS = 0x00E1;
