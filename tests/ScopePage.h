@@ -1,0 +1,176 @@
+// What the tests of the Oscilloscope page share: the page at rest, its controls as the user meets them, its pixels.
+#pragma once
+
+#include <QScrollBar>
+#include <QTest>
+#include <QWheelEvent>
+#include <array>
+#include <string>
+#include <vector>
+
+#include "TuningPages.h"
+#include "model/Codecs.h"
+#include "scope/OscilloscopePage.h"
+#include "scope/ScopeCapture.h"
+
+// Panels and traces as the page's design has them, not as the program's tables do.
+constexpr int Bands[][2] = {{43, 137}, {153, 247}, {263, 357}, {373, 467}};
+constexpr int Baselines[] = {130, 240, 240, 350, 460};
+constexpr COLORREF TraceColours[] = {RGB(128, 120, 0), Green, DarkGreen, Blue, Navy};
+struct Size {
+    int profile;
+    double scaleX, scaleY;
+};
+constexpr Size Sizes[] = {{1, 0.8, 0.77}, {3, 1.28, 1.32}, {5, 1.6, 1.81}};
+
+using LiveBytes = std::vector<std::uint8_t>;
+// The bytes from the first on for traces well apart, and where these then lie.
+inline const LiveBytes Apart = {155, 100, 150, 60, 0x88, 0x13};
+constexpr int ApartY[] = {100, 190, 220, 320, 410};
+inline const LiveBytes AllZero(6);
+
+inline const std::string Round = "65 01 01 67, 65 02 02 69";
+inline const std::string FirstRound = Round + ", 65 03 03 6B";
+
+using Levels = std::array<int, ScopeTraceCount>;
+
+inline Levels levels(size_t point) {
+    Levels all{};
+    for (size_t trace = 0; trace < all.size(); ++trace) {
+        all[trace] = ScopeSegment[trace][point].y;
+    }
+    return all;
+}
+
+inline void scroll(WORD code, unsigned thumb = 0) {
+    SendMessageA(PageWindow, WM_HSCROLL, MAKEWPARAM(code, thumb), 0);
+}
+
+inline QScrollBar& bar() {
+    return *qobject_cast<QScrollBar*>(widgetOf(control(IDC_SCOPE_CURSOR_BAR)));
+}
+
+inline void roll(int turned) {
+    QWheelEvent wheel(QPointF(5, 5), QPointF(5, 5), QPoint(), QPoint(0, turned), Qt::NoButton, Qt::NoModifier,
+                      Qt::NoScrollPhase, false);
+    QSpontaneKeyEvent::setSpontaneous(&wheel);
+    qApp->notify(&bar(), &wheel);
+}
+
+// Counted from the right end if negative.
+inline QPoint onBar(int along) {
+    return {along < 0 ? bar().width() + along : along, 5};
+}
+
+inline void clickBar(int along) {
+    QTest::mouseClick(&bar(), Qt::LeftButton, {}, onBar(along));
+}
+
+inline void pullThumb() {
+    scroll(SB_THUMBTRACK, 2);
+    QTest::mousePress(&bar(), Qt::LeftButton, {}, onBar(25));
+    QTest::mouseMove(&bar(), onBar(-1));
+    QTest::mouseRelease(&bar(), Qt::LeftButton, {}, onBar(-1));
+}
+
+inline void clickBox() {
+    QTest::mouseClick(widgetOf(control(IDC_SCOPE_CURSOR)), Qt::LeftButton, {}, QPoint(8, 8));
+}
+
+class Scope : public TuningPages {
+protected:
+    void SetUp() override {
+        TuningPages::SetUp();
+        CursorMode = 0;
+        CursorPos = 2;
+        CursorPrevPos = 0;
+        ScopeParamsRead = 0;
+        ScopeSegment = {};
+    }
+    // Leaves the page as it is made, before its first column; from here on it ticks when told.
+    void openScope(int profile = 2) {
+        DialogPause = 1;
+        useProfile(profile);
+        SendMessageA(MainWindow, WM_COMMAND, IDM_OSCILLOSCOPE, 0);
+        settle();
+        stopTimer();
+        DialogPause = 0;
+        sent();
+    }
+    // The same on a 0-5 V Lambda sensor with the traces apart.
+    void openApart(int profile) {
+        setCell(simulator::LambdaType, 0x10);
+        show(Apart);
+        openScope(profile);
+    }
+    void show(const LiveBytes& bytes) {
+        for (size_t at = 0; at < bytes.size(); ++at) {
+            setLive(at + 1, bytes[at]);
+        }
+    }
+    void sweepTo(unsigned column) {
+        for (int ticks = 0; SweepPos != column && ticks < 400; ++ticks) {
+            tick();
+        }
+        ASSERT_EQ(SweepPos, column);
+    }
+    void loseLink() {
+        server->unplug();
+        for (int ticks = 0; LinkLost == 0 && ticks < 5; ++ticks) {
+            tick();
+            EXPECT_EQ(TimerPeriod, 20u);
+        }
+        ASSERT_EQ(LinkLost, 1);
+    }
+    static int x(int design) {
+        return static_cast<int>(design * ScaleX);
+    }
+    static int y(int design) {
+        return static_cast<int>(design * ScaleY);
+    }
+    // A trace may lie a pixel beside its points, being two wide.
+    static bool traceAt(size_t trace, int pixelX, int designY) {
+        return countPixels(PageWindow, {pixelX - 1, y(designY) - 1, pixelX + 1, y(designY) + 1},
+                           [=](COLORREF colour) { return colour == TraceColours[trace]; }) > 0;
+    }
+    // Pixels of a colour in the bands, or between the borders of the panels, from one pixel column to before another.
+    static int countIn(int left, int right, COLORREF colour, bool wholePanels = false) {
+        int found = 0;
+        for (const auto& [top, bottom] : Bands) {
+            const RECT area{left, wholePanels ? y(top - 3) + 1 : y(top), right,
+                            wholePanels ? y(bottom + 3) - 1 : y(bottom)};
+            found += countPixels(PageWindow, area, [=](COLORREF one) { return one == colour; });
+        }
+        return found;
+    }
+    static int bandHeight() {
+        int height = 0;
+        for (const auto& [top, bottom] : Bands) {
+            height += y(bottom) - y(top);
+        }
+        return height;
+    }
+    // One line of this colour stands in the panels, a pixel wide and as high as the bands.
+    static void expectOnlyLine(int designX, COLORREF colour) {
+        EXPECT_EQ(countIn(x(designX), x(designX) + 1, colour), bandHeight()) << designX;
+        EXPECT_EQ(countIn(x(198) + 1, x(600) - 1, colour, true), bandHeight()) << designX;
+    }
+    static bool whiteFrom(int left, int right) {
+        return countIn(left, right, White) == bandHeight() * (right - left);
+    }
+    // Whether this text stands there: drawing it once more changes nothing.
+    static bool reads(int designX, int designY, const std::string& text, HFONT font = LargeFont,
+                      COLORREF ground = White) {
+        const HDC dc = GetDC(PageWindow);
+        SelectObject(dc, font);
+        SetBkColor(dc, ground);
+        SIZE extent{};
+        GetTextExtentPoint32A(dc, text.data(), static_cast<int>(text.size()), &extent);
+        const RECT area{x(designX), y(designY), x(designX) + extent.cx, y(designY) + extent.cy};
+        const bool inked = countPixels(PageWindow, area, darkish) > 3;
+        const auto before = snapshot(PageWindow, area);
+        ExtTextOutA(dc, area.left, area.top, ETO_OPAQUE, nullptr, text.data(), static_cast<UINT>(text.size()), nullptr);
+        ReleaseDC(PageWindow, dc);
+        return inked && snapshot(PageWindow, area) == before;
+    }
+};
