@@ -162,7 +162,8 @@ TEST_F(Hammer, AThousandCommandsLeaveNothingBehind) {
         second.clearLog();
         const size_t now = mallinfo2().uordblks;
         if (quarter == 4) {
-            EXPECT_LT(now, used + 100000) << "of " << used;
+            // The heap itself breathes by some 200 kB; half a kB left behind by each command would be more.
+            EXPECT_LT(now, used + 250000) << "of " << used;
         }
         used = quarter == 2 ? now : used;
     }

@@ -5,6 +5,7 @@
 #include "link/Link.h"
 #include "readings/GaugeTables.h"
 #include "resources/Ids.h"
+#include "scope/ScopeCapture.h"
 #include "shell/AppState.h"
 #include "shell/Commands.h"
 #include "shell/Ini.h"
@@ -31,6 +32,7 @@ void BuildStartTables() {
     GetCurrentDirectoryA(static_cast<DWORD>(StartDirectory.size()), StartDirectory.data());
     BuildGaugeTables();
     CreateFonts();
+    ResetScopeBuffers();
 }
 
 void RememberDesktop() {
