@@ -1,9 +1,8 @@
-// Combo boxes, modal dialogs and message boxes of the layer, as their user works them.
+// Combo boxes and modal dialogs of the layer, as their user works them.
 #include <QAbstractButton>
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QComboBox>
-#include <QMessageBox>
 #include <QTest>
 #include <QWheelEvent>
 #include <QWindow>
@@ -256,44 +255,4 @@ TEST_F(Controls, ADialogTakesItsKeys) {
                }},
               {"a disabled default button stays unpressed", told("2 "), [] { EndDialog(openDialogWindow(), 77); }}});
     EXPECT_EQ(result, 77);
-}
-
-TEST_F(Controls, MessageBoxesGiveTheAnswer) {
-    struct Row {
-        UINT type;
-        QMessageBox::Icon icon;
-        int answer;
-        QMessageBox::StandardButton click;  // or none,
-        int key;                            // and this instead
-    };
-    const Row rows[] = {
-        {MB_OK | MB_ICONINFORMATION, QMessageBox::Information, IDOK, QMessageBox::NoButton, Qt::Key_Return},
-        {MB_OK | MB_ICONEXCLAMATION, QMessageBox::Warning, IDOK, QMessageBox::NoButton, Qt::Key_Escape},
-        {MB_OK, QMessageBox::NoIcon, IDOK, QMessageBox::Ok, 0},
-        {MB_YESNO, QMessageBox::NoIcon, IDYES, QMessageBox::NoButton, Qt::Key_Return},
-        {MB_YESNO | MB_ICONEXCLAMATION, QMessageBox::Warning, IDYES, QMessageBox::Yes, 0},
-        {MB_YESNO, QMessageBox::NoIcon, IDNO, QMessageBox::No, 0},
-    };
-    const auto box = [] { return qobject_cast<QMessageBox*>(QApplication::activeModalWidget()); };
-    SetTimer(frame, 3, 10, nullptr);
-    for (const Row& row : rows) {
-        int answer = 0;
-        observe = [&](HWND window, UINT message) {
-            if (window == frame && message == Mark) {
-                answer = MessageBoxA(frame, "one & two\n<b>\xB3</b>", "caption", row.type);
-            }
-            return message == Mark;
-        };
-        PostMessageA(frame, Mark, 0, 0);
-        run({{"box", [=] { return box() && box()->isActiveWindow(); },
-              [=] {
-                  EXPECT_EQ(box()->text(), QStringLiteral("one & two\n<b>\u0142</b>"));
-                  EXPECT_EQ(box()->windowTitle(), QStringLiteral("caption"));
-                  EXPECT_EQ(box()->icon(), row.icon);
-                  seen.clear();
-              }},
-             {"timers", [] { return count(WM_TIMER) >= 2; },
-              [=] { row.key ? press(row.key) : QTest::mouseClick(box()->button(row.click), Qt::LeftButton); }}});
-        EXPECT_EQ(answer, row.answer) << "type " << row.type << ", key " << row.key;
-    }
 }

@@ -262,6 +262,7 @@ TEST_F(LayerFiles, MessageBoxesGiveTheAnswer) {
         const auto look = [&] {
             auto& box = dynamic_cast<Box&>(modal());
             EXPECT_EQ(box.text(), QStringLiteral("one & two\n<b>\u0142</b>"));
+            EXPECT_EQ(box.windowTitle(), QStringLiteral("caption"));
             EXPECT_EQ(box.icon(), row.icon);
             EXPECT_FALSE(IsWindowEnabled(frame));
             if ((row.type & MB_YESNO) != 0) {

@@ -5,6 +5,22 @@
 
 #include "shell/AppState.h"
 
+void RunDialog(UINT dialogId, DLGPROC procedure, int& pauseFlag) {
+    pauseFlag = 1;
+    if (DialogBoxParamA(AppInstance, MAKEINTRESOURCEA(dialogId), PageWindow, procedure, 0) == -1) {
+        pauseFlag = 0;
+    }
+}
+
+void CloseDialog(HWND dialog, WORD command, int& pauseFlag) {
+    EndDialog(dialog, command);
+    pauseFlag = 0;
+}
+
+void PlaceControl(HWND dialog, int id, const Place& place) {
+    SetWindowPos(GetDlgItem(dialog, id), nullptr, place.x, place.y, place.width, place.height, SWP_NOZORDER);
+}
+
 void CentreDialog(HWND dialog) {
     RECT rect{};
     GetWindowRect(dialog, &rect);

@@ -16,6 +16,20 @@ struct DialogText {
     size_t line;
 };
 
+// Runs a dialog over the page with the pause flag at 1, which keeps the page off the link; the dialog clears it when it
+// closes. A dialog that cannot be made leaves the flag at 0.
+void RunDialog(UINT dialogId, DLGPROC procedure, int& pauseFlag);
+void CloseDialog(HWND dialog, WORD command, int& pauseFlag);
+
+// Where the code puts a control, in pixels of its window.
+struct Place {
+    int x;
+    int y;
+    int width;
+    int height;
+};
+void PlaceControl(HWND dialog, int id, const Place& place);
+
 // Puts a dialog into the middle of DesktopRect.
 void CentreDialog(HWND dialog);
 

@@ -23,11 +23,9 @@ HANDLE OpenForWriting(const char* path) {
 
 // A file that may not be written could still be replaced by another of its name.
 bool MayReplace(const char* path) {
-    std::FILE* existing = std::fopen(path, "r");
-    if (!existing) {
+    if (!FileOpens(path)) {
         return true;
     }
-    std::fclose(existing);
     const HANDLE file = OpenForWriting(path);
     if (file == INVALID_HANDLE_VALUE) {
         return false;
@@ -64,6 +62,14 @@ int SkipSpace(std::FILE* file) {
 }
 
 }  // namespace
+
+bool FileOpens(const char* path) {
+    std::FILE* file = std::fopen(path, "r");
+    if (file) {
+        std::fclose(file);
+    }
+    return file != nullptr;
+}
 
 std::FILE* OpenTextFile(const char* path) {
     std::FILE* file = std::fopen(path, "r");

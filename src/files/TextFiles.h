@@ -8,6 +8,9 @@
 // Longest path with its end, as the file dialogs give it.
 constexpr size_t PathSize = 260;
 
+// Whether something of this name opens for reading.
+bool FileOpens(const char* path);
+
 // Opens a file for reading; null if there is none that can be read. A directory, which opens on some systems and fails
 // only at the first read, is none either.
 std::FILE* OpenTextFile(const char* path);

@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "dialogs/Dialogs.h"
 #include "link/Link.h"
 #include "resources/Ids.h"
 #include "scope/ScopeCapture.h"
@@ -20,12 +21,6 @@ constexpr UINT ScopePeriod = 20;
 constexpr unsigned CursorPage = 10;
 constexpr int LinesPerNotch = 3;
 
-struct Place {
-    int x;
-    int y;
-    int width;
-    int height;
-};
 constexpr Place AsInTemplate = {0, 0, 0, 0};
 
 struct ControlPlaces {
@@ -46,20 +41,16 @@ HWND CursorBar() {
     return GetDlgItem(PageWindow, IDC_SCOPE_CURSOR_BAR);
 }
 
-void PlaceControl(int id, const Place& place) {
-    if (place.width != 0) {
-        SetWindowPos(GetDlgItem(PageWindow, id), nullptr, place.x, place.y, place.width, place.height, SWP_NOZORDER);
-    }
-}
-
 void PaintPage(HWND window) {
     SetTimer(window, PageTimer, TimerPeriod, nullptr);
     PAINTSTRUCT paint;
     BeginPaint(window, &paint);
     EndPaint(window, &paint);
     const ControlPlaces& places = Places[static_cast<size_t>(SizeProfile - 1)];
-    PlaceControl(IDC_SCOPE_CURSOR_BAR, places.bar);
-    PlaceControl(IDC_SCOPE_CURSOR, places.box);
+    PlaceControl(window, IDC_SCOPE_CURSOR_BAR, places.bar);
+    if (places.box.width != AsInTemplate.width) {
+        PlaceControl(window, IDC_SCOPE_CURSOR, places.box);
+    }
     DrawScopeTraces();
 }
 

@@ -257,14 +257,9 @@ void RefillDays(HWND dialog, WORD changed) {
     }
 }
 
-void Close(HWND dialog, WORD id) {
-    EndDialog(dialog, id);
-    DialogPause = 0;
-}
-
 INT_PTR TakeCommand(HWND dialog, WORD id, WORD news) {
     if (id == IDC_CLOSE || id == IDC_CANCEL) {
-        Close(dialog, id);
+        CloseDialog(dialog, id, DialogPause);
         return 1;
     }
     if ((id == IDC_INFO_YEAR || id == IDC_INFO_MONTH) && news == CBN_SELCHANGE) {
@@ -295,8 +290,5 @@ INT_PTR CALLBACK ControllerProc(HWND dialog, UINT message, WPARAM wParam, LPARAM
 }  // namespace
 
 void RunControllerDialog() {
-    DialogPause = 1;
-    if (DialogBoxParamA(AppInstance, MAKEINTRESOURCEA(IDD_CONTROLLER), PageWindow, ControllerProc, 0) == -1) {
-        DialogPause = 0;
-    }
+    RunDialog(IDD_CONTROLLER, ControllerProc, DialogPause);
 }

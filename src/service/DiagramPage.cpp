@@ -4,6 +4,7 @@
 #include <array>
 #include <string_view>
 
+#include "dialogs/Dialogs.h"
 #include "resources/Ids.h"
 #include "shell/AppState.h"
 
@@ -41,13 +42,6 @@ UINT BitmapOfLanguage() {
     return row == std::end(Bitmaps) ? OtherBitmap : row->bitmap;
 }
 
-struct Place {
-    int x;
-    int y;
-    int width;
-    int height;
-};
-
 // The sizes that are smaller than the picture, from SizeProfile 1 on.
 struct ScrolledView {
     Place view;
@@ -70,7 +64,7 @@ void SetView(const Place& view) {
 
 void PlaceBar(int id, const Place& place, unsigned largest) {
     const HWND bar = GetDlgItem(PageWindow, id);
-    SetWindowPos(bar, nullptr, place.x, place.y, place.width, place.height, SWP_NOZORDER);
+    PlaceControl(PageWindow, id, place);
     SetScrollRange(bar, SB_CTL, static_cast<int>(LowestOffset), static_cast<int>(largest), TRUE);
     SendMessageA(bar, SBM_SETPOS, 0, TRUE);
     ShowWindow(bar, SW_SHOW);

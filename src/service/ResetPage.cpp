@@ -33,37 +33,34 @@ void Show(const Box& box) {
     MessageBoxA(PageWindow, LangTable[box.line].data(), LangTable[CaptionLine].data(), MB_OK | box.icon);
 }
 
-struct ControlPlace {
+struct PlacedControl {
     int id;
-    int x;
-    int y;
-    int width;
-    int height;
+    Place place;
 };
-constexpr size_t PlacedControls = 4;
+constexpr size_t PlacedCount = 4;
 
 // By SizeProfile.
-constexpr std::array<std::array<ControlPlace, PlacedControls>, 5> Places = {{
-    {{{IDC_RESET_HEADING, 65, 90, 800, 40},
-      {IDC_RESET_EXPLANATION, 65, 130, 800, 40},
-      {IDC_RESET_BUTTON, 85, 190, 450, 45},
-      {IDC_RESET_PROGRESS, 85, 250, 450, 25}}},
-    {{{IDC_RESET_HEADING, 150, 130, 800, 40},
-      {IDC_RESET_EXPLANATION, 150, 170, 800, 40},
-      {IDC_RESET_BUTTON, 120, 250, 550, 55},
-      {IDC_RESET_PROGRESS, 120, 320, 550, 30}}},
-    {{{IDC_RESET_HEADING, 250, 150, 800, 40},
-      {IDC_RESET_EXPLANATION, 250, 200, 800, 40},
-      {IDC_RESET_BUTTON, 150, 300, 700, 65},
-      {IDC_RESET_PROGRESS, 150, 390, 700, 40}}},
-    {{{IDC_RESET_HEADING, 360, 250, 800, 40},
-      {IDC_RESET_EXPLANATION, 360, 300, 800, 40},
-      {IDC_RESET_BUTTON, 220, 400, 800, 75},
-      {IDC_RESET_PROGRESS, 220, 500, 800, 50}}},
-    {{{IDC_RESET_HEADING, 360, 300, 800, 40},
-      {IDC_RESET_EXPLANATION, 360, 350, 800, 40},
-      {IDC_RESET_BUTTON, 220, 450, 800, 75},
-      {IDC_RESET_PROGRESS, 220, 550, 800, 50}}},
+constexpr std::array<std::array<PlacedControl, PlacedCount>, 5> Places = {{
+    {{{IDC_RESET_HEADING, {65, 90, 800, 40}},
+      {IDC_RESET_EXPLANATION, {65, 130, 800, 40}},
+      {IDC_RESET_BUTTON, {85, 190, 450, 45}},
+      {IDC_RESET_PROGRESS, {85, 250, 450, 25}}}},
+    {{{IDC_RESET_HEADING, {150, 130, 800, 40}},
+      {IDC_RESET_EXPLANATION, {150, 170, 800, 40}},
+      {IDC_RESET_BUTTON, {120, 250, 550, 55}},
+      {IDC_RESET_PROGRESS, {120, 320, 550, 30}}}},
+    {{{IDC_RESET_HEADING, {250, 150, 800, 40}},
+      {IDC_RESET_EXPLANATION, {250, 200, 800, 40}},
+      {IDC_RESET_BUTTON, {150, 300, 700, 65}},
+      {IDC_RESET_PROGRESS, {150, 390, 700, 40}}}},
+    {{{IDC_RESET_HEADING, {360, 250, 800, 40}},
+      {IDC_RESET_EXPLANATION, {360, 300, 800, 40}},
+      {IDC_RESET_BUTTON, {220, 400, 800, 75}},
+      {IDC_RESET_PROGRESS, {220, 500, 800, 50}}}},
+    {{{IDC_RESET_HEADING, {360, 300, 800, 40}},
+      {IDC_RESET_EXPLANATION, {360, 350, 800, 40}},
+      {IDC_RESET_BUTTON, {220, 450, 800, 75}},
+      {IDC_RESET_PROGRESS, {220, 550, 800, 50}}}},
 }};
 
 void InitPage(HWND window) {
@@ -172,8 +169,7 @@ void ApplyResetTexts() {
 
 void PlaceResetPage() {
     SetWindowPos(PageWindow, nullptr, 0, 0, ProfileWidth, ProfileHeight, 0);
-    for (const ControlPlace& place : Places[static_cast<size_t>(SizeProfile - 1)]) {
-        SetWindowPos(GetDlgItem(PageWindow, place.id), nullptr, place.x, place.y, place.width, place.height,
-                     SWP_NOZORDER);
+    for (const PlacedControl& control : Places[static_cast<size_t>(SizeProfile - 1)]) {
+        PlaceControl(PageWindow, control.id, control.place);
     }
 }

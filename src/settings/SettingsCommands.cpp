@@ -55,21 +55,13 @@ bool AskForFile(BOOL (*ask)(OPENFILENAMEA*), size_t titleLine, Path& path) {
     return ask(&dialog) != 0;
 }
 
-bool Exists(const char* path) {
-    std::FILE* file = std::fopen(path, "r");
-    if (file) {
-        std::fclose(file);
-    }
-    return file != nullptr;
-}
-
 // The file to save to; false if the user turns back. The name that was refused shows in the next dialog.
 bool AskForTarget(Path& path) {
     do {
         if (!AskForFile(GetSaveFileNameA, SaveTitleLine, path)) {
             return false;
         }
-    } while (Exists(path.data()) && Show(Overwrite) != IDYES);
+    } while (FileOpens(path.data()) && Show(Overwrite) != IDYES);
     return true;
 }
 

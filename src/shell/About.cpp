@@ -17,11 +17,6 @@ void ShowTexts(HWND dialog) {
     SetDlgItemTextA(dialog, IDC_CLOSE, LangTable[CloseLine].data());
 }
 
-void Close(HWND dialog, WORD id) {
-    EndDialog(dialog, id);
-    DialogPause = 0;
-}
-
 INT_PTR CALLBACK AboutProc(HWND dialog, UINT message, WPARAM wParam, LPARAM) {
     switch (message) {
         case WM_INITDIALOG:
@@ -34,7 +29,7 @@ INT_PTR CALLBACK AboutProc(HWND dialog, UINT message, WPARAM wParam, LPARAM) {
             if (LOWORD(wParam) != IDC_CLOSE && LOWORD(wParam) != IDC_CANCEL) {
                 return 0;
             }
-            Close(dialog, LOWORD(wParam));
+            CloseDialog(dialog, LOWORD(wParam), DialogPause);
             return 1;
         default:
             return 0;
@@ -44,8 +39,5 @@ INT_PTR CALLBACK AboutProc(HWND dialog, UINT message, WPARAM wParam, LPARAM) {
 }  // namespace
 
 void RunAboutDialog() {
-    DialogPause = 1;
-    if (DialogBoxParamA(AppInstance, MAKEINTRESOURCEA(IDD_ABOUT), PageWindow, AboutProc, 0) == -1) {
-        DialogPause = 0;
-    }
+    RunDialog(IDD_ABOUT, AboutProc, DialogPause);
 }

@@ -117,7 +117,7 @@ INT_PTR CALLBACK CorrectionsProc(HWND dialog, UINT message, WPARAM wParam, LPARA
 }  // namespace
 
 void RunCorrectionsDialog() {
-    RunTuningDialog(IDD_CORRECTIONS, CorrectionsProc, CorrectionsDialogOpen);
+    RunDialog(IDD_CORRECTIONS, CorrectionsProc, CorrectionsDialogOpen);
 }
 
 void FillCorrectionsDialog(HWND window) {

@@ -1,19 +1,12 @@
 #include "tuning/DialogPoll.h"
 
+#include "dialogs/Dialogs.h"
 #include "link/Link.h"
 #include "shell/AppState.h"
 
-void RunTuningDialog(UINT dialogId, DLGPROC procedure, int& pauseFlag) {
-    pauseFlag = 1;
-    if (DialogBoxParamA(AppInstance, MAKEINTRESOURCEA(dialogId), PageWindow, procedure, 0) == -1) {
-        pauseFlag = 0;
-    }
-}
-
 void CloseTuningDialog(HWND dialog, WORD command, int& pauseFlag) {
-    EndDialog(dialog, command);
+    CloseDialog(dialog, command, pauseFlag);
     StopDialogTimer(dialog);
-    pauseFlag = 0;
 }
 
 void ArmDialogTimer(HWND dialog) {

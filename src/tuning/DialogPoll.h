@@ -1,12 +1,10 @@
-// What the tuning dialogs share: their timer, combo boxes and the way in and out; the combo boxes serve the pages too.
+// What the tuning dialogs share: their timer, combo boxes and the way out; the combo boxes serve the pages too.
 // A dialog over a page polls in its place, while the pause flag given here keeps the page off the link.
 #pragma once
 
 #include "platform/Win32.h"
 
-// Runs a dialog over the page with the pause flag at 1; the dialog clears it when it closes. A dialog that cannot be
-// made leaves the flag at 0.
-void RunTuningDialog(UINT dialogId, DLGPROC procedure, int& pauseFlag);
+// Closes a dialog that RunDialog runs, with its timer.
 void CloseTuningDialog(HWND dialog, WORD command, int& pauseFlag);
 
 // Starts the dialog's timer with TimerPeriod, or starts it anew: at each paint.

@@ -227,7 +227,7 @@ INT_PTR CALLBACK EmulationProc(HWND dialog, UINT message, WPARAM wParam, LPARAM)
 }  // namespace
 
 void RunEmulationDialog() {
-    RunTuningDialog(IDD_EMULATION, EmulationProc, TuningDialogOpen);
+    RunDialog(IDD_EMULATION, EmulationProc, TuningDialogOpen);
 }
 
 void DrawEmulationPlot(HWND window) {

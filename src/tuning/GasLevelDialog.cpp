@@ -295,7 +295,7 @@ INT_PTR CALLBACK GasLevelProc(HWND dialog, UINT message, WPARAM wParam, LPARAM l
 
 void RunGasLevelDialog() {
     ScrollbarDragging = 0;
-    RunTuningDialog(IDD_GAS_LEVEL, GasLevelProc, TuningDialogOpen);
+    RunDialog(IDD_GAS_LEVEL, GasLevelProc, TuningDialogOpen);
 }
 
 void RefreshGasLevelDialog(HWND window) {
