@@ -166,6 +166,26 @@ TEST_F(LayerDrawing, AWideLineHasRoundEnds) {
     EXPECT_TRUE(columnOf(window, bounds.left, Red) < 7 && columnOf(window, bounds.right - 1, Red) < 7);
 }
 
+TEST_F(LayerDrawing, ALineOfTwoPixelsHasThemAboveAndLeftOfItsPoints) {
+    use(CreatePen(PS_SOLID, 2, Red), CreateSolidBrush(Cyan));
+    struct Row {
+        POINT from, to;
+        RECT drawn;
+    };
+    for (const Row& row : {Row{{10, 50}, {20, 50}, {9, 49, 21, 51}}, Row{{10, 70}, {10, 50}, {9, 49, 11, 71}},
+                           Row{{30, 30}, {10, 34}, {9, 29, 31, 35}}, Row{{10, 50}, {11, 90}, {9, 49, 12, 91}},
+                           Row{{10, 50}, {10, 50}, {9, 49, 11, 51}}}) {
+        clear();
+        const POINT points[] = {row.from, row.to};
+        Polyline(dc, points, 2);
+        EXPECT_EQ(text(boundsOf(window, Red)), text(row.drawn)) << "to " << row.to.x << "," << row.to.y;
+        EXPECT_EQ(coloursOf(window), (Colours{Grey, Red}));
+        for (int x = row.drawn.left; x < row.drawn.right; ++x) {
+            EXPECT_GE(columnOf(window, x, Red), 2) << "no gap at " << x;
+        }
+    }
+}
+
 TEST_F(LayerDrawing, TextFillsItsCellsOrTheGivenRectangle) {
     SetBkColor(dc, Yellow);
     SIZE cell{};

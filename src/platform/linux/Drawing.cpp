@@ -19,20 +19,26 @@ QRect normalised(int left, int top, int right, int bottom) {
                  QSize(std::abs(right - left), std::abs(bottom - top)));
 }
 
-// A thin line without its last point, in runs of pixels; which pixels it takes does not hang on its direction.
-void drawThinLine(QPainter& painter, QPoint from, QPoint to, QColor colour) {
+// Up to this width a pen is a square that is led along the line, which looks round; wider ones have Qt's round ends.
+constexpr int WidestSquarePen = 2;
+
+// A line in runs of pixels; which it takes does not hang on its direction. A thin one leaves out its last point.
+void drawLine(QPainter& painter, QPoint from, QPoint to, int penWidth, QColor colour) {
     const QPoint way = to - from;
     const int steps = std::max(std::abs(way.x()), std::abs(way.y()));
     const auto along = [steps](int start, int length, int step) {
-        return start + static_cast<int>(std::floor(static_cast<double>(length) * step / steps + 0.5));
+        return start + static_cast<int>(std::floor(static_cast<double>(length) * step / std::max(steps, 1) + 0.5));
     };
+    const QSize pen(penWidth, penWidth);
+    const QPoint corner(penWidth / 2, penWidth / 2);
+    const int count = penWidth > 1 ? steps + 1 : steps;
     QRect run;
-    for (int step = 0; step < steps; ++step) {
-        const QPoint point(along(from.x(), way.x(), step), along(from.y(), way.y(), step));
-        const QRect longer = run | QRect(point, QSize(1, 1));
-        if (longer.width() > 1 && longer.height() > 1) {
+    for (int step = 0; step < count; ++step) {
+        const QRect point(QPoint(along(from.x(), way.x(), step), along(from.y(), way.y(), step)) - corner, pen);
+        const QRect longer = run | point;
+        if (longer.width() > penWidth && longer.height() > penWidth) {
             painter.fillRect(run, colour);
-            run = QRect(point, QSize(1, 1));
+            run = point;
         } else {
             run = longer;
         }
@@ -233,13 +239,13 @@ BOOL Polyline(HDC dc, const POINT* points, int count) {
     for (int index = 0; index < count; ++index) {
         line.append(QPoint(points[index].x, points[index].y));
     }
-    if (context->penWidth > 1) {
+    if (context->penWidth > WidestSquarePen) {
         painter->setPen(QPen(context->penColour, context->penWidth, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
         painter->setBrush(Qt::NoBrush);
         painter->drawPolyline(line);
     } else {
         for (int index = 1; index < count; ++index) {
-            drawThinLine(*painter, line[index - 1], line[index], context->penColour);
+            drawLine(*painter, line[index - 1], line[index], context->penWidth, context->penColour);
         }
     }
     const int margin = penMargin(*context);

@@ -26,9 +26,8 @@ namespace layer {
 class Surface {
 public:
     void resize(QSize size, qreal ratio);
-    // Opened by the first drawing and kept open until close, since opening one costs more than a rectangle.
+    // Opened by the first drawing and kept open, since opening one costs more than a rectangle.
     QPainter& painter();
-    void close();
     bool fillAll(QColor colour);
     void markDirty(const QRect& rect);
     // The changed area since the last call, in coarse tiles.

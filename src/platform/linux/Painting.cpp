@@ -26,7 +26,6 @@ HDC makeContext(HWND window) {
 }
 
 void showTree(Window& window) {
-    window.surface.close();
     const QRegion changed = window.surface.takeDirty();
     if (!changed.isEmpty() && window.client) {
         window.client->repaint(changed);
@@ -70,7 +69,7 @@ void Surface::resize(QSize size, qreal ratio) {
     if (size == logicalSize && ratio == pixelRatio) {
         return;
     }
-    close();
+    open.reset();
     const QImage old = image;
     logicalSize = size;
     pixelRatio = ratio;
@@ -99,10 +98,6 @@ QPainter& Surface::painter() {
         open = std::make_unique<QPainter>(&image);
     }
     return *open;
-}
-
-void Surface::close() {
-    open.reset();
 }
 
 bool Surface::fillAll(QColor colour) {
