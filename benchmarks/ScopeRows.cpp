@@ -18,6 +18,7 @@ namespace {
 constexpr double Seconds = 60;
 constexpr int Columns = 1200;
 constexpr int WarmUpColumns = 500;
+constexpr int Exchanges = 300;
 constexpr int Redraws = 60;
 // An hour of columns, without the line's pace.
 constexpr int ManyColumns = 150000;
@@ -63,6 +64,19 @@ double ColumnsASecond() {
     return columns * 1000 / (now - start);
 }
 
+// Processor milliseconds of a column's exchange, each after a pause as a column has it.
+double ExchangeTime(const Program& program) {
+    double sum = 0;
+    for (int exchange = 0; exchange < Exchanges; ++exchange) {
+        Sleep(TimerPeriod);
+        const double before = program.processorMilliseconds();
+        PollIdentity();
+        ReadLiveBlock();
+        sum += program.processorMilliseconds() - before;
+    }
+    return sum / Exchanges;
+}
+
 }  // namespace
 
 Result ScopeColumns() {
@@ -86,12 +100,8 @@ Result ScopeColumnTime() {
         page.program.controller->step(1 / 41.7);
         page.program.tick();
     }
-    const double all = page.program.processorMilliseconds();
-    for (int exchange = 0; exchange < Columns; ++exchange) {
-        PollIdentity();
-        ReadLiveBlock();
-    }
-    return {(all - before) / Columns, (page.program.processorMilliseconds() - all) / Columns};
+    const double column = (page.program.processorMilliseconds() - before) / Columns;
+    return {column, ExchangeTime(page.program)};
 }
 
 Result ScopeRedraw() {

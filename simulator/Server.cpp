@@ -20,6 +20,7 @@ constexpr double EngineTickSeconds = 0.25;  // the longest the engine's clock st
 constexpr double MostCatchUpSeconds = 5;    // of it, after the computer has slept
 constexpr double ReplugSeconds = 1;
 constexpr double HangUpGraceSeconds = 0.02;  // so that a reader sees the bytes before the end
+constexpr double WakeSeconds = 0.0001;       // what the end of a wait may be late on a quiet computer
 
 double SteadySeconds() {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
@@ -218,19 +219,23 @@ double Server::nextDeadline(double time) const {
     return deadline;
 }
 
-// Deadlines are moments, not spans: being late for one byte makes no other late.
+// Deadlines are moments, not spans: being late for one byte makes no other late. The system ends a wait a little late;
+// for the last byte of a reply, which decides when the next request comes, the rest of the time is waited for awake.
 void Server::sleepUntil(double deadline, std::unique_lock<std::mutex>& lock) {
+    const bool lastByte = outgoing.size() == 1 && outgoing.front().due <= deadline;
     pollfd handles[] = {
         {wakeHandle, POLLIN, 0},
         {terminal.readable(), POLLIN, 0},
         {terminal.usersChanged(), POLLIN, 0},
     };
-    double rest = std::max(0.0, deadline - now());
+    double rest = std::max(0.0, deadline - now() - (lastByte ? WakeSeconds : 0));
     timespec span{};
     span.tv_sec = static_cast<time_t>(rest);
     span.tv_nsec = static_cast<long>((rest - std::floor(rest)) * 1e9);
     lock.unlock();
-    ::ppoll(handles, std::size(handles), &span, nullptr);
+    const bool expired = ::ppoll(handles, std::size(handles), &span, nullptr) == 0;
+    while (expired && lastByte && now() < deadline) {
+    }
     lock.lock();
     eventfd_t ignored;
     ::eventfd_read(wakeHandle, &ignored);
