@@ -126,20 +126,27 @@ TEST_F(LayerDrawing, ShapesStayInTheirBoxAndAreNotSmoothed) {
     }
 }
 
-TEST_F(LayerDrawing, AThinLineLeavesOutItsLastPoint) {
-    use(CreatePen(PS_SOLID, 1, Red), CreateSolidBrush(Cyan));
+TEST_F(LayerDrawing, OnlyAThinLineLeavesOutItsLastPoint) {
     struct Row {
+        int pen;
         POINT from, to;
         RECT drawn;
     };
-    for (const Row& row : {Row{{10, 50}, {20, 50}, {10, 50, 20, 51}}, Row{{20, 50}, {10, 50}, {11, 50, 21, 51}},
-                           Row{{10, 50}, {10, 70}, {10, 50, 11, 70}}, Row{{10, 70}, {10, 50}, {10, 51, 11, 71}},
-                           Row{{10, 50}, {20, 60}, {10, 50, 20, 60}}, Row{{30, 30}, {10, 34}, {11, 30, 31, 35}}}) {
+    for (const Row& row : {Row{1, {10, 50}, {20, 50}, {10, 50, 20, 51}}, Row{1, {20, 50}, {10, 50}, {11, 50, 21, 51}},
+                           Row{1, {10, 50}, {10, 70}, {10, 50, 11, 70}}, Row{1, {10, 70}, {10, 50}, {10, 51, 11, 71}},
+                           Row{1, {10, 50}, {20, 60}, {10, 50, 20, 60}}, Row{1, {30, 30}, {10, 34}, {11, 30, 31, 35}},
+                           Row{2, {10, 50}, {20, 50}, {9, 49, 21, 51}}, Row{2, {10, 70}, {10, 50}, {9, 49, 11, 71}},
+                           Row{2, {30, 30}, {10, 34}, {9, 29, 31, 35}}, Row{2, {10, 50}, {11, 90}, {9, 49, 12, 91}},
+                           Row{2, {10, 50}, {10, 50}, {9, 49, 11, 51}}}) {
+        use(CreatePen(PS_SOLID, row.pen, Red), CreateSolidBrush(Cyan));
         clear();
         MoveToEx(dc, row.from.x, row.from.y, nullptr);
         LineTo(dc, row.to.x, row.to.y);
         EXPECT_EQ(text(boundsOf(window, Red)), text(row.drawn)) << "to " << row.to.x << "," << row.to.y;
         EXPECT_EQ(coloursOf(window), (Colours{Grey, Red}));
+        for (int x = row.drawn.left; x < row.drawn.right; ++x) {
+            EXPECT_GE(columnOf(window, x, Red), row.pen) << "a gap at " << x;
+        }
         POINT end{};
         MoveToEx(dc, 0, 0, &end);
         EXPECT_EQ(end.x, row.to.x);
@@ -149,6 +156,7 @@ TEST_F(LayerDrawing, AThinLineLeavesOutItsLastPoint) {
         EXPECT_TRUE(Polyline(dc, points, 2));
         EXPECT_EQ(text(boundsOf(window, Red)), text(row.drawn)) << "polyline";
     }
+    use(CreatePen(PS_SOLID, 1, Red), CreateSolidBrush(Cyan));
     clear();
     const POINT corner[] = {{10, 10}, {20, 10}, {20, 20}};
     Polyline(dc, corner, 3);
@@ -164,26 +172,6 @@ TEST_F(LayerDrawing, AWideLineHasRoundEnds) {
     const RECT bounds = boundsOf(window, Red);
     EXPECT_TRUE(bounds.left >= 45 && bounds.left <= 47 && bounds.right >= 154 && bounds.right <= 156) << text(bounds);
     EXPECT_TRUE(columnOf(window, bounds.left, Red) < 7 && columnOf(window, bounds.right - 1, Red) < 7);
-}
-
-TEST_F(LayerDrawing, ALineOfTwoPixelsHasThemAboveAndLeftOfItsPoints) {
-    use(CreatePen(PS_SOLID, 2, Red), CreateSolidBrush(Cyan));
-    struct Row {
-        POINT from, to;
-        RECT drawn;
-    };
-    for (const Row& row : {Row{{10, 50}, {20, 50}, {9, 49, 21, 51}}, Row{{10, 70}, {10, 50}, {9, 49, 11, 71}},
-                           Row{{30, 30}, {10, 34}, {9, 29, 31, 35}}, Row{{10, 50}, {11, 90}, {9, 49, 12, 91}},
-                           Row{{10, 50}, {10, 50}, {9, 49, 11, 51}}}) {
-        clear();
-        const POINT points[] = {row.from, row.to};
-        Polyline(dc, points, 2);
-        EXPECT_EQ(text(boundsOf(window, Red)), text(row.drawn)) << "to " << row.to.x << "," << row.to.y;
-        EXPECT_EQ(coloursOf(window), (Colours{Grey, Red}));
-        for (int x = row.drawn.left; x < row.drawn.right; ++x) {
-            EXPECT_GE(columnOf(window, x, Red), 2) << "no gap at " << x;
-        }
-    }
 }
 
 TEST_F(LayerDrawing, TextFillsItsCellsOrTheGivenRectangle) {
