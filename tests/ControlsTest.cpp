@@ -1,5 +1,4 @@
 // Combo boxes and modal dialogs of the layer, as their user works them.
-#include <QAbstractButton>
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QComboBox>
@@ -14,18 +13,14 @@
 
 #include "LayerWindows.h"
 #include "User.h"
-#include "platform/linux/Layer.h"
 #include "resources/Ids.h"
 
 namespace {
 
-std::string nameOf(WORD code) {
-    static const std::map<WORD, const char*> names = {{CBN_SELCHANGE, "SELCHANGE"},       {CBN_DROPDOWN, "DROPDOWN"},
-                                                      {CBN_CLOSEUP, "CLOSEUP"},           {CBN_SELENDOK, "SELENDOK"},
-                                                      {CBN_SELENDCANCEL, "SELENDCANCEL"}, {CBN_SETFOCUS, "SETFOCUS"},
-                                                      {CBN_KILLFOCUS, "KILLFOCUS"}};
-    return names.contains(code) ? names.at(code) : "another";
-}
+const std::map<WORD, std::string> Names = {{CBN_SELCHANGE, "SELCHANGE"},       {CBN_DROPDOWN, "DROPDOWN"},
+                                           {CBN_CLOSEUP, "CLOSEUP"},           {CBN_SELENDOK, "SELENDOK"},
+                                           {CBN_SELENDCANCEL, "SELENDCANCEL"}, {CBN_SETFOCUS, "SETFOCUS"},
+                                           {CBN_KILLFOCUS, "KILLFOCUS"}};
 
 HWND combo() {
     return GetDlgItem(openDialogWindow(), IDC_PORTS);
@@ -39,22 +34,10 @@ bool listOpen() {
     return SendMessageA(combo(), CB_GETDROPPEDSTATE, 0, 0) != 0;
 }
 
-void fill(int count) {
-    SendMessageA(combo(), CB_RESETCONTENT, 0, 0);
-    for (int row = 0; row < count; ++row) {
-        SendMessageA(combo(), CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(std::to_string(row).c_str()));
-    }
-}
-
 void roll(QWidget& target) {
     QWheelEvent wheel(QPointF(5, 5), QPointF(5, 5), QPoint(), QPoint(0, -120), Qt::NoButton, Qt::NoModifier,
                       Qt::NoScrollPhase, false);
     QApplication::sendEvent(&target, &wheel);
-}
-
-// In the window of a dialog, where its box and its buttons do not reach.
-void clickBeside() {
-    QTest::mouseClick(widgetOf(openDialogWindow())->windowHandle(), Qt::LeftButton, {}, QPoint(4, 4));
 }
 
 }  // namespace
@@ -63,7 +46,6 @@ void clickBeside() {
 class Controls : public Layer {
 protected:
     static constexpr UINT OpenDialog = 0x0400;
-    static constexpr UINT Mark = 0x0401;
 
     void SetUp() override {
         Layer::SetUp();
@@ -74,9 +56,9 @@ protected:
                 return true;
             }
             if (message == WM_COMMAND && LOWORD(seen.back().wParam) == IDC_PORTS) {
-                told += nameOf(HIWORD(seen.back().wParam)) + "(" + std::to_string(selection()) + ") ";
+                told += Names.at(HIWORD(seen.back().wParam)) + "(" + std::to_string(selection()) + ") ";
             }
-            return observe && observe(window, message);
+            return false;
         };
     }
     // Runs the steps in the dialog, which must end it.
@@ -99,16 +81,13 @@ protected:
     HWND frame = nullptr;
     INT_PTR result = 0;
     std::string told;
-    std::function<bool(HWND, UINT)> observe;
 };
 
 TEST_F(Controls, AComboBoxTellsWhatItsUserDoes) {
-    // What a user or the program does to a box with the entries 0 to 9, of which 2 is selected.
+    // What a user or the program does to a box with the entries 0 to 15, of which 2 is selected.
     const std::map<std::string, std::function<void()>> acts = {
         {"open", [] { clickOn(combo()); }},
         {"down", [] { press(Qt::Key_Down); }},
-        {"up", [] { press(Qt::Key_Up); }},
-        {"End", [] { press(Qt::Key_End); }},
         {"Enter", [] { press(Qt::Key_Return); }},
         {"Escape", [] { press(Qt::Key_Escape); }},
         {"space", [] { press(Qt::Key_Space); }},
@@ -116,11 +95,14 @@ TEST_F(Controls, AComboBoxTellsWhatItsUserDoes) {
         {"Alt+down", [] { press(Qt::Key_Down, Qt::AltModifier); }},
         {"Alt+up", [] { press(Qt::Key_Up, Qt::AltModifier); }},
         {"type7", [] { type(u'7'); }},
-        {"typeX", [] { type(u'x'); }},
+        {"type1", [] { type(u'1'); }},
+        {"type5", [] { type(u'5'); }},
         {"click2", [] { clickEntry(combo(), 2); }},
         {"click4", [] { clickEntry(combo(), 4); }},
         {"hover5", [] { pointAt(combo(), 5); }},
-        {"click-beside", clickBeside},
+        // In the dialog's window, where its box and its buttons do not reach.
+        {"click-beside",
+         [] { QTest::mouseClick(widgetOf(openDialogWindow())->windowHandle(), Qt::LeftButton, {}, QPoint(4, 4)); }},
         {"wheel", [] { roll(boxOf(combo())); }},
         {"wheel-list", [] { roll(*boxOf(combo()).view()->viewport()); }},
         {"CB_SETCURSEL7", [] { SendMessageA(combo(), CB_SETCURSEL, 7, 0); }},
@@ -134,11 +116,11 @@ TEST_F(Controls, AComboBoxTellsWhatItsUserDoes) {
         LRESULT selected;
     };
     const Row rows[] = {
+        {"type1 type5", "SELENDOK(10) SELCHANGE(10) SELENDOK(15) SELCHANGE(15) ", 15},
         {"open click4", "DROPDOWN(2) SELENDOK(4) CLOSEUP(4) SELCHANGE(4) ", 4},
         {"open click2", "DROPDOWN(2) SELENDOK(2) CLOSEUP(2) SELCHANGE(2) ", 2},
         {"open Escape", "DROPDOWN(2) SELENDCANCEL(2) CLOSEUP(2) ", 2},
         {"open click-beside", "DROPDOWN(2) SELENDCANCEL(2) CLOSEUP(2) ", 2},
-        {"open hover5 Escape", "DROPDOWN(2) SELENDCANCEL(2) CLOSEUP(2) ", 2},
         {"open hover5 Enter", "DROPDOWN(2) SELENDOK(5) CLOSEUP(5) SELCHANGE(5) ", 5},
         {"open Enter", "DROPDOWN(2) SELENDOK(2) CLOSEUP(2) ", 2},
         {"open down down Escape", "DROPDOWN(2) SELCHANGE(3) SELCHANGE(4) SELENDCANCEL(4) CLOSEUP(4) ", 4},
@@ -147,15 +129,11 @@ TEST_F(Controls, AComboBoxTellsWhatItsUserDoes) {
         {"open type7 Enter", "DROPDOWN(2) SELCHANGE(7) SELENDOK(7) CLOSEUP(7) ", 7},
         {"open wheel-list Escape", "DROPDOWN(2) SELENDCANCEL(2) CLOSEUP(2) ", 2},
         {"open down CB_SETCURSEL7 down Enter", "DROPDOWN(2) SELCHANGE(3) SELCHANGE(8) SELENDOK(8) CLOSEUP(8) ", 8},
-        {"F4 F4", "DROPDOWN(2) SELENDCANCEL(2) CLOSEUP(2) ", 2},
         {"F4 hover5 F4", "DROPDOWN(2) SELENDCANCEL(2) CLOSEUP(2) ", 2},
         {"Alt+down down Alt+up", "DROPDOWN(2) SELCHANGE(3) SELENDCANCEL(3) CLOSEUP(3) ", 3},
         {"CB_SHOWDROPDOWN CB_SHOWDROPDOWN", "DROPDOWN(2) SELENDCANCEL(2) CLOSEUP(2) ", 2},
         {"down", "SELENDOK(3) SELCHANGE(3) ", 3},
-        {"up", "SELENDOK(1) SELCHANGE(1) ", 1},
-        {"End", "SELENDOK(9) SELCHANGE(9) ", 9},
         {"type7", "SELENDOK(7) SELCHANGE(7) ", 7},
-        {"typeX", "", 2},
         {"space", "", 2},
         {"wheel", "", 2},
         {"CB_SETCURSEL7", "", 7},
@@ -165,7 +143,10 @@ TEST_F(Controls, AComboBoxTellsWhatItsUserDoes) {
     };
     const auto tryAll = [&] {
         for (const Row& row : rows) {
-            fill(10);
+            SendMessageA(combo(), CB_RESETCONTENT, 0, 0);
+            for (int entry = 0; entry < 16; ++entry) {
+                SendMessageA(combo(), CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(std::to_string(entry).c_str()));
+            }
             EXPECT_EQ(selection(), CB_ERR) << "none until one is made";
             EXPECT_EQ(SendMessageA(combo(), CB_SETCURSEL, 2, 0), 2);
             widgetOf(combo())->setFocus();
@@ -181,33 +162,12 @@ TEST_F(Controls, AComboBoxTellsWhatItsUserDoes) {
             EXPECT_EQ(selection(), row.selected) << row.acts;
             EXPECT_FALSE(listOpen()) << row.acts;
             EXPECT_EQ(commands(), "") << row.acts << ": a key of the list is not one of the dialog";
-            // Letters typed for one row are not the beginning of the next row's word.
+            // Only the first row types a word; letters of one row are not the beginning of the next row's.
             QApplication::setKeyboardInputInterval(0);
         }
         EndDialog(openDialogWindow(), 1);
     };
     inDialog({{"dialog", dialogShown, tryAll}});
-}
-
-TEST_F(Controls, ALongListOpensAtItsSelectionAndFindsWhatIsTyped) {
-    inDialog({{"dialog", dialogShown, [&] {
-                   fill(255);
-                   SendMessageA(combo(), CB_SETCURSEL, 200, 0);
-                   clickOn(combo());
-                   settle();
-                   const QAbstractItemView& list = *boxOf(combo()).view();
-                   EXPECT_TRUE(list.viewport()->rect().contains(list.visualRect(list.model()->index(200, 0))));
-                   EXPECT_LE(list.height(), 200) << "as high as the template says";
-                   press(Qt::Key_Escape);
-                   settle();
-                   told.clear();
-                   for (const char16_t letter : {u'1', u'5', u'0'}) {
-                       type(letter);
-                   }
-                   settle();
-                   EXPECT_EQ(told, "SELENDOK(1) SELCHANGE(1) SELENDOK(15) SELCHANGE(15) SELENDOK(150) SELCHANGE(150) ");
-                   EndDialog(openDialogWindow(), 1);
-               }}});
 }
 
 TEST_F(Controls, ADialogTakesItsKeys) {
@@ -216,12 +176,7 @@ TEST_F(Controls, ADialogTakesItsKeys) {
         return [=] { return widgetOf(GetDlgItem(openDialogWindow(), id))->hasFocus(); };
     };
     const auto told = [](const char* command) {
-        return [=] {
-            const auto isCommand = [](const Seen& message) {
-                return message.message == WM_COMMAND && LOWORD(message.wParam) != IDC_PORTS;
-            };
-            return std::ranges::any_of(seen, isCommand) && commands() == command;
-        };
+        return [=] { return std::ranges::count(seen, WM_COMMAND, &Seen::message) > 0 && commands() == command; };
     };
     const auto close = [] { return widgetOf(GetDlgItem(openDialogWindow(), IDC_CLOSE)); };
     const auto tab = [] { press(Qt::Key_Tab); };

@@ -14,11 +14,11 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <future>
 #include <map>
 #include <numeric>
 #include <set>
 #include <thread>
-#include <utility>
 #include <vector>
 
 #include "model/Blocks.h"
@@ -29,15 +29,14 @@ namespace {
 using Bytes = std::vector<BYTE>;
 using std::chrono::milliseconds;
 
-template <typename Action>
-long millisecondsOf(Action action) {
+long millisecondsOf(auto action) {
     const auto start = std::chrono::steady_clock::now();
     action();
     return std::chrono::duration_cast<milliseconds>(std::chrono::steady_clock::now() - start).count();
 }
 
 // COM7 is a pseudo-terminal: master is the far side of the wire, slave a second look at the tool's side.
-class PortTest : public testing::Test {
+class Wire : public testing::Test {
 protected:
     void SetUp() override {
         std::array<char, 22> name{"/tmp/link-test-XXXXXX"};
@@ -45,8 +44,13 @@ protected:
         usualPorts = layer::portDirectory();
         layer::setPortDirectory(folder);
         plug();
+        PortName = "COM7:";
+        LinkRetries = 0;
+        LinkLost = 1;
+        WriteDelay = 0;
     }
     void TearDown() override {
+        ClosePort();
         unplug();
         layer::setPortDirectory(usualPorts);
         std::filesystem::remove_all(folder);
@@ -85,11 +89,37 @@ protected:
         }
         EXPECT_EQ(pending, count);
     }
+    static void expectNothingMoves(HANDLE handle) {
+        Bytes bytes(4);
+        DWORD got = 9;
+        DWORD sent = 9;
+        EXPECT_FALSE(ReadFile(handle, bytes.data(), 4, &got, nullptr));
+        EXPECT_FALSE(WriteFile(handle, bytes.data(), 4, &sent, nullptr));
+        EXPECT_EQ(got + sent, 0u);
+    }
     // With the link's own settings.
     static HANDLE openLine(const char* name = "COM7:") {
         PortName = name;
         OpenPort();
         return PortHandle;
+    }
+    // Runs an exchange that gets this reply; gives the request that was sent.
+    Bytes answer(const Bytes& reply, auto action) const {
+        auto peer = std::async(std::launch::async, [&] {
+            Bytes request = take(4);
+            put(reply);
+            return request;
+        });
+        action();
+        return peer.get();
+    }
+    void connect(BYTE identity) {
+        const Bytes reply{0x65, 0x00, identity, static_cast<BYTE>(0x65 + identity)};
+        EXPECT_EQ(answer(reply, ReadIdentBlock), (Bytes{0x65, 0x01, 0x01, 0x67}));
+        EXPECT_EQ(Bytes(IdentBlock.begin(), IdentBlock.end()), reply);
+        EXPECT_EQ(LinkLost + LinkRetries, 0);
+        EXPECT_EQ(TimerPeriod, 50u);
+        DecodeIdentity();
     }
 
     std::filesystem::path folder;
@@ -98,7 +128,8 @@ protected:
     int slave = -1;
 };
 
-using Serial = PortTest;
+using Serial = Wire;
+using Link = Wire;
 
 TEST_F(Serial, NamesReachTheirDevices) {
     const std::map<int, std::string> known{{1, "ttyS0"},    {8, "ttyUSB3"},  {9, "ttyACM0"},  {16, "rfcomm3"},
@@ -140,22 +171,17 @@ TEST_F(Serial, OpensOnlyFreeTerminalsAndRefusesOtherHandles) {
     EXPECT_EQ(openLine("COM3:"), INVALID_HANDLE_VALUE);
     EXPECT_EQ(std::filesystem::file_size(folder / "COM3"), 8u);
     flock(slave, LOCK_EX | LOCK_NB);
-    EXPECT_EQ(openLine("COM7:"), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(openLine(), INVALID_HANDLE_VALUE);
     flock(slave, LOCK_UN);
 
     int exclusive = 1;
-    const HANDLE closed = openLine("COM7:");
+    const HANDLE closed = openLine();
     EXPECT_EQ(openLine("\\\\.\\COM7"), INVALID_HANDLE_VALUE);
     EXPECT_TRUE(CloseHandle(closed));
     EXPECT_TRUE(ioctl(slave, TIOCGEXCL, &exclusive) == 0 && exclusive == 0);
     const HANDLE current = openLine("\\\\.\\COM7");
     for (const HANDLE handle : {HANDLE{nullptr}, INVALID_HANDLE_VALUE, closed}) {
-        BYTE byte = 7;
-        DWORD count = 9;
-        EXPECT_FALSE(ReadFile(handle, &byte, 1, &count, nullptr));
-        EXPECT_EQ(std::exchange(count, 9u), 0u);
-        EXPECT_FALSE(WriteFile(handle, &byte, 1, &count, nullptr));
-        EXPECT_EQ(count, 0u);
+        expectNothingMoves(handle);
         EXPECT_FALSE(PurgeComm(handle, PURGE_TXCLEAR));
         EXPECT_FALSE(CloseHandle(handle));
     }
@@ -230,58 +256,20 @@ TEST_F(Serial, StuckOrVanishedDeviceBlocksNothing) {
     EXPECT_LT(millisecondsOf([&] { ReadFile(port, buffer.data(), 21, &count, nullptr); }), 180);
     EXPECT_EQ(count, 2u);
     peer.join();
-    EXPECT_LT(millisecondsOf([&] { EXPECT_FALSE(ReadFile(port, buffer.data(), 21, &count, nullptr)); }), 90);
-    EXPECT_EQ(std::exchange(count, 9u), 0u);
-    EXPECT_FALSE(WriteFile(port, buffer.data(), 4, &count, nullptr));
-    EXPECT_EQ(count, 0u);
+    EXPECT_LT(millisecondsOf([&] { expectNothingMoves(port); }), 90);
     EXPECT_TRUE(CloseHandle(port));
     plug();
 }
 
-class Link : public PortTest {
-protected:
-    void SetUp() override {
-        PortTest::SetUp();
-        PortName = "COM7:";
-        PortOpen = LinkRetries = ControllerFamily = 0;
-        LinkLost = 1;
-        TimerPeriod = GoodLinkPeriod;
-        LastByteCount = WriteDelay = 0;
-        WriteReply.fill(0);
-    }
-    void TearDown() override {
-        ClosePort();
-        PortTest::TearDown();
-    }
-    // Runs an exchange that gets this reply; gives the request that was sent.
-    template <typename Action>
-    Bytes answer(const Bytes& reply, Action action) {
-        Bytes request;
-        std::jthread peer([&] {
-            request = take(4);
-            put(reply);
-        });
-        action();
-        peer.join();
-        return request;
-    }
-    void connect(BYTE identity) {
-        const Bytes reply{0x65, 0x00, identity, static_cast<BYTE>(0x65 + identity)};
-        EXPECT_EQ(answer(reply, ReadIdentBlock), (Bytes{0x65, 0x01, 0x01, 0x67}));
-        EXPECT_EQ(Bytes(IdentBlock.begin(), IdentBlock.end()), reply);
-        EXPECT_EQ(LinkLost + LinkRetries, 0);
-        EXPECT_EQ(TimerPeriod, 50u);
-        DecodeIdentity();
-    }
-    static Bytes goodReply(size_t length) {
-        Bytes reply(length, 0xA7);
-        reply.front() = 0x65;
-        reply.back() = static_cast<BYTE>(0x65 + 0xA7 * (length - 2));
-        return reply;
-    }
-    static constexpr BYTE Identity2 = 0x25;  // family 2, version 5
-    static constexpr BYTE Identity4 = 0x6C;  // family 4, version 12
-};
+constexpr BYTE Identity2 = 0x25;  // family 2, version 5
+constexpr BYTE Identity4 = 0x6C;  // family 4, version 12
+
+Bytes goodReply(size_t length) {
+    Bytes reply(length, 0xA7);
+    reply.front() = 0x65;
+    reply.back() = static_cast<BYTE>(0x65 + 0xA7 * (length - 2));
+    return reply;
+}
 
 TEST_F(Link, GoodRepliesFillTheMirrors) {
     const auto check = [&](auto read, const Bytes& request, auto& mirror, size_t length) {

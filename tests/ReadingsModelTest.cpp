@@ -7,7 +7,7 @@
 #include <cstring>
 #include <map>
 #include <string>
-#include <vector>
+#include <tuple>
 
 #include "link/Link.h"
 #include "model/Blocks.h"
@@ -28,27 +28,23 @@ protected:
     }
 };
 
-void PutPeriod(BYTE& low, BYTE& high, unsigned rpm) {
-    const unsigned period = rpm == 0 ? 0 : 15000000 / rpm;
-    low = static_cast<BYTE>(period & 0xFF);
-    high = static_cast<BYTE>(period >> 8);
+void PutPeriod(BYTE* low, unsigned period) {
+    low[0] = static_cast<BYTE>(period & 0xFF);
+    low[1] = static_cast<BYTE>(period >> 8);
 }
 
 void PutEngineSpeed(unsigned rpm) {
-    PutPeriod(LiveBlock[5], LiveBlock[6], rpm);
+    PutPeriod(&LiveBlock[5], 15000000 / rpm);
 }
 
-void PutLimit(unsigned rpm) {
-    PutPeriod(ParamBlockB[11], ParamBlockB[12], rpm);
+void PutSpeed(unsigned byte, unsigned rpm) {
+    PutPeriod(&ParamBlockB[byte], 15000000 / rpm);
 }
 
 // A status line as "-" for unwritten, "b" for blank, the number of its text, red with an "r".
 std::string Shown(const StatusLine& line) {
-    if (!line.written) {
-        return "-";
-    }
     const std::string text = line.line == BlankLine ? "b" : std::to_string(line.line);
-    return line.red ? text + "r" : text;
+    return !line.written ? "-" : line.red ? text + "r" : text;
 }
 
 std::string Shown(const ReadingsModel& model) {
@@ -56,8 +52,8 @@ std::string Shown(const ReadingsModel& model) {
     for (const StatusLine& line : model.StatusLines) {
         panel += Shown(line) + " ";
     }
-    const char* fuel = model.FuelBox == Fuel::Gas ? "gas" : "petrol";
-    return panel + (model.FuelBox == Fuel::Unwritten ? "unwritten" : fuel);
+    const Fuel fuel = model.FuelBox;
+    return panel + (fuel == Fuel::Unwritten ? "unwritten" : fuel == Fuel::Gas ? "gas" : "petrol");
 }
 
 }  // namespace
@@ -72,7 +68,7 @@ TEST_F(Readings, LambdaBySensorType) {
     for (const Row& row :
          {Row{0, 255, "4.99", 255}, Row{0, 51, "0.99", 255}, Row{0, 50, "0.98", 250}, Row{1, 127, "2.48", 127},
           Row{2, 255, "4.99", 255}, Row{3, 0, "5.00", 0}, Row{4, 255, "0.00", 255}, Row{5, 60, "1.17", 60}}) {
-        ParamBlockA[2] = static_cast<BYTE>(row.sensor << 4);
+        ParamBlockA[2] = static_cast<BYTE>(row.sensor << 4 | 1);
         LiveBlock[2] = row.raw;
         const ReadingsModel model = EvaluateReadings();
         EXPECT_STREQ(model.LambdaText.data(), row.text) << row.sensor;
@@ -86,7 +82,7 @@ TEST_F(Readings, LambdaBySensorType) {
     }
 }
 
-TEST_F(Readings, ThrottleByNibbleAndType) {
+TEST_F(Readings, ThrottleAndJumpByNibbleAndType) {
     for (int nibble = 0; nibble < 16; ++nibble) {
         LiveBlock[7] = static_cast<BYTE>(nibble << 4);
         const int segment = nibble == 1 ? 1 : nibble == 2 ? 2 : nibble == 4 ? 3 : nibble == 8 ? 4 : 0;
@@ -94,8 +90,9 @@ TEST_F(Readings, ThrottleByNibbleAndType) {
         EXPECT_EQ(UpperSegmentLit, segment >= 2 ? 1 : 0) << nibble;
     }
     LiveBlock[1] = 127;
+    ParamBlockA[1] = 0x08;
     for (int type = 0; type < 16; ++type) {
-        ParamBlockA[2] = static_cast<BYTE>(type);
+        ParamBlockA[2] = static_cast<BYTE>(0x50 | type);
         const bool none = type == 2 || type == 3;
         const bool isSwitch = type == 6 || type == 7;
         LiveBlock[7] = 0xE0;
@@ -103,8 +100,12 @@ TEST_F(Readings, ThrottleByNibbleAndType) {
         EXPECT_STREQ(EvaluateReadings().TpsText.data(), clear) << type;
         LiveBlock[7] = 0x10;
         EXPECT_STREQ(EvaluateReadings().TpsText.data(), isSwitch ? "OFF" : clear) << type;
+        EXPECT_EQ(EvaluateReadings().AttJumpShown, !none && !isSwitch) << type;
     }
-    for (const auto& [raw, text] : {std::pair{0, "0.02"}, {1, "0.04"}, {13, "0.28"}, {255, "5.12"}}) {
+    ParamBlockA[1] = 0xF7;
+    EXPECT_FALSE(EvaluateReadings().AttJumpShown);
+    // Cut, not rounded: 13 and 14 are binary fractions that lie just below their decimal.
+    for (const auto& [raw, text] : {std::pair{0, "0.02"}, {1, "0.04"}, {13, "0.28"}, {14, "0.30"}, {255, "5.12"}}) {
         ParamBlockA[12] = static_cast<BYTE>(raw);
         EXPECT_STREQ(EvaluateReadings().TpsInertText.data(), text) << raw;
     }
@@ -132,14 +133,6 @@ TEST_F(Readings, ActuatorRangesAndJumpStayOnTheScale) {
                              model.AttJumpPos};
         EXPECT_EQ(got, (std::array{row.driveLeft, row.driveRight, row.idleLeft, row.idleRight, row.jumpPos}));
     }
-    ParamBlockA[1] = 0x08;
-    EXPECT_TRUE(EvaluateReadings().AttJumpShown);
-    ParamBlockA[2] = 0x06;
-    EXPECT_FALSE(EvaluateReadings().AttJumpShown);
-    ParamBlockA[2] = 0x00;
-    ParamBlockA[1] = 0xF7;
-    EXPECT_FALSE(EvaluateReadings().AttJumpShown);
-
     LiveBlock[3] = 7;
     LiveBlock[4] = 40;
     const ReadingsModel moved = EvaluateReadings();
@@ -150,15 +143,16 @@ TEST_F(Readings, ActuatorRangesAndJumpStayOnTheScale) {
 }
 
 TEST_F(Readings, SpeedsAndTemperaturesAsTexts) {
-    for (const auto& [period, text] :
-         {std::pair{0u, "0000"}, {15000u, "1000"}, {1666u, "9000"}, {1215u, "1235"}, {1u, "1500"}, {0xFF12u, "0000"}}) {
-        LiveBlock[5] = static_cast<BYTE>(period & 0xFF);
-        LiveBlock[6] = static_cast<BYTE>(period >> 8);
+    // In steps of 50, a half of one down.
+    const std::map<unsigned, const char*> speeds{{0, "0000"},     {15000, "1000"}, {7000, "2150"}, {7060, "2100"},
+                                                 {54545, "0250"}, {1215, "1235"},  {1, "1500"},    {0xFF12, "0000"}};
+    for (const auto& [period, text] : speeds) {
+        PutPeriod(&LiveBlock[5], period);
         EXPECT_STREQ(EvaluateReadings().RpmText.data(), text) << period;
     }
-    PutPeriod(ParamBlockB[8], ParamBlockB[9], 1200);
-    PutPeriod(ParamBlockB[5], ParamBlockB[6], 2300);
-    PutLimit(6500);
+    PutSpeed(8, 1200);
+    PutSpeed(5, 2300);
+    PutSpeed(11, 6500);
     LiveBlock[9] = 255;
     ParamBlockA[11] = 255;
     const ReadingsModel off = EvaluateReadings();
@@ -167,41 +161,33 @@ TEST_F(Readings, SpeedsAndTemperaturesAsTexts) {
     EXPECT_STREQ(off.LPGOffText.data(), "6500");
     EXPECT_STREQ(off.TempNowText.data(), "110");
     EXPECT_STREQ(off.LPGOnTempText.data(), "10");
-    for (const auto& [options, cutOff, lpgOff, temperature] :
-         {std::tuple{0x9D, Colour::Grey, Colour::Grey, Colour::Grey},
-          {0x20, Colour::Black, Colour::Grey, Colour::Grey},
-          {0x40, Colour::Grey, Colour::Black, Colour::Grey},
-          {0x02, Colour::Grey, Colour::Grey, Colour::Black}}) {
+    for (const int options : {0x9D, 0x20, 0x40, 0x02}) {
+        const auto blackFor = [=](int option) { return options == option ? Colour::Black : Colour::Grey; };
         ParamBlockA[1] = static_cast<BYTE>(options);
         const ReadingsModel model = EvaluateReadings();
-        EXPECT_EQ(model.CutOffColour, cutOff) << options;
-        EXPECT_EQ(model.LPGOffColour, lpgOff) << options;
-        EXPECT_EQ(model.LPGOnTempColour, temperature) << options;
+        EXPECT_EQ(model.CutOffColour, blackFor(0x20)) << options;
+        EXPECT_EQ(model.LPGOffColour, blackFor(0x40)) << options;
+        EXPECT_EQ(model.LPGOnTempColour, blackFor(0x02)) << options;
     }
 }
 
 TEST_F(Readings, GaugeIsRedrawnForWhatItShows) {
-    EXPECT_FALSE(EvaluateReadings().GaugeDueForSpeed);
+    using Due = std::tuple<bool, bool, unsigned>;
+    const auto due = [] {
+        const ReadingsModel model = EvaluateReadings();
+        return Due(model.GaugeDueForSpeed, model.GaugeDueForLimit, model.GaugeLimitBefore);
+    };
+    EXPECT_EQ(due(), Due(false, false, 0));
     PutEngineSpeed(3000);
-    PutLimit(6500);
-    const ReadingsModel both = EvaluateReadings();
-    EXPECT_TRUE(both.GaugeDueForSpeed);
-    EXPECT_TRUE(both.GaugeDueForLimit);
-    EXPECT_EQ(both.GaugeLimitBefore, 0u);
-    EXPECT_EQ(GaugeLimitRPM, 6500u);
-
+    PutSpeed(11, 6500);
+    EXPECT_EQ(due(), Due(true, true, 0));
     ParamBlockA[1] = 0x40;
-    const ReadingsModel same = EvaluateReadings();
-    EXPECT_FALSE(same.GaugeDueForSpeed);
-    EXPECT_FALSE(same.GaugeDueForLimit);
+    EXPECT_EQ(due(), Due(false, false, 6500));
     // The oscilloscope keeps EngineRPM too; what counts is what the gauge was drawn with.
     EngineRPM = 5000;
-    EXPECT_FALSE(EvaluateReadings().GaugeDueForSpeed);
+    EXPECT_EQ(due(), Due(false, false, 6500));
     PutEngineSpeed(3050);
-    const ReadingsModel speed = EvaluateReadings();
-    EXPECT_TRUE(speed.GaugeDueForSpeed);
-    EXPECT_FALSE(speed.GaugeDueForLimit);
-    EXPECT_EQ(speed.GaugeLimitBefore, 6500u);
+    EXPECT_EQ(due(), Due(true, false, 6500));
 
     for (unsigned i = 0; i < ShortTicks; ++i) {
         EXPECT_EQ(GaugeTickRed(i, LongTickRpm, 6500), i >= 7) << i;
@@ -241,7 +227,6 @@ TEST_F(Readings, StatusPanelRowByRow) {
     const std::array rows{
         Row{"lost wins", 1, 3, 0, 0xFF, full, 0, 1, "30r b 31 b b petrol", 0, 1, 1},
         Row{"unknown family", 0, 3, 0, 0, full, 0, 1, "29r b b b b unwritten", 1, 1, 1},
-        Row{"no identity yet", 0, 1, on, 1, 0, 0, 1, "29r b b b b unwritten", 1, 1, 1},
         Row{"engine off", 0, 4, 0xF7, 1, full, 0, 1, "12 b 28r b b petrol", 0, 1, 1},
         Row{"short, gas", 0, 2, on, 1, 0x7F, 0, 1, "13 b b b b gas", 1, 1, 1},
         Row{"short, petrol", 0, 2, on, 0xFE, 0, 0, 1, "12 b 27r b b petrol", 0, 1, 1},
@@ -262,7 +247,7 @@ TEST_F(Readings, StatusPanelRowByRow) {
         Row{"ready", 0, 2, on, 0xC1, full, 0, 0, "13 b b b - gas", 1, 0, 0},
     };
     PutEngineSpeed(2500);
-    PutPeriod(ParamBlockB[5], ParamBlockB[6], 2000);
+    PutSpeed(5, 2000);
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         LinkLost = row.lost;
@@ -308,56 +293,46 @@ TEST_F(Readings, LastLineIsHeldForSixtyEvaluations) {
 }
 
 TEST_F(Readings, LampBlinksOnEverySecondEvaluationOfLearning) {
-    const std::vector blink{Colour::Olive, Colour::Yellow, Colour::Yellow,
-                            Colour::Olive, Colour::Olive,  Colour::Yellow};
-    const auto lamps = [] {
-        std::vector<Colour> seen;
+    const auto lamps = [](BYTE state, BYTE emul, BYTE gas) {
+        LiveBlock[7] = state;
+        LiveBlock[8] = gas;
+        ParamBlockA[5] = emul;
+        BlinkPhase = 0;
+        std::string seen;
         while (seen.size() < 6) {
-            seen.push_back(EvaluateReadings().LearnLamp);
+            const Colour lamp = EvaluateReadings().LearnLamp;
+            seen += lamp == Colour::Yellow ? 'Y' : lamp == Colour::Olive ? '-' : '?';
         }
         return seen;
     };
-    LiveBlock[8] = 0x02;
-    ParamBlockA[5] = 0x80;
-    LiveBlock[7] = 0x08;
-    EXPECT_EQ(lamps(), std::vector(6, Colour::Yellow));
-    LiveBlock[7] = 0x48;
-    BlinkPhase = 0;
-    EXPECT_EQ(lamps(), blink);
-    // Without the long form nobody tells that learning has ended.
-    ParamBlockA[5] = 0;
-    BlinkPhase = 0;
-    EXPECT_EQ(lamps(), blink);
-    ParamBlockA[5] = 0x80;
-    LiveBlock[8] = 0;
-    EXPECT_EQ(lamps(), std::vector(6, Colour::Olive));
+    EXPECT_EQ(lamps(0x08, 0x80, 0x02), "YYYYYY");
+    EXPECT_EQ(lamps(0x48, 0x80, 0x02), "-YY--Y");
+    EXPECT_EQ(lamps(0x48, 0, 0), "-YY--Y") << "without the long form nobody tells that learning has ended";
+    EXPECT_EQ(lamps(0x48, 0x80, 0), "------");
 }
 
 TEST_F(Readings, EveryByteHasAResult) {
-    const auto check = [](const char* what, int value) {
-        const ReadingsModel model = EvaluateReadings();
-        const std::string lengths =
-            std::to_string(std::strlen(model.LambdaText.data())) + std::to_string(std::strlen(model.TpsText.data())) +
-            std::to_string(std::strlen(model.AttText.data())) + std::to_string(std::strlen(model.RpmText.data())) +
-            std::to_string(std::strlen(model.TempNowText.data())) +
-            std::to_string(std::strlen(model.LPGOnTempText.data()));
-        EXPECT_EQ(lengths, model.TpsType == 6 || model.TpsType == 7 ? "433432" : "443432") << what << value;
-        EXPECT_TRUE(model.LambdaBarPos >= 0 && model.LambdaBarPos <= 255) << what << value;
-        EXPECT_TRUE(model.AttJumpPos >= 0 && model.AttJumpPos <= 255) << what << value;
-        EXPECT_LE(GaugeIndex(EngineRPM), 160u) << what << value;
-    };
     for (int value = 0; value < 256; ++value) {
-        for (std::size_t byte = 0; byte < LiveBlock.size(); ++byte) {
-            LiveBlock = {};
-            LiveBlock[byte] = static_cast<BYTE>(value);
-            check("one live byte ", value);
-        }
         ControllerFamily = value % 8 + 1;
-        LiveBlock.fill(static_cast<BYTE>(value));
-        ParamBlockA.fill(static_cast<BYTE>(255 - value));
-        ParamBlockB.fill(static_cast<BYTE>(value));
-        check("all bytes ", value);
-        ParamBlockA = {};
+        // Each live byte alone, and all bytes of the blocks.
+        for (std::size_t byte = 0; byte <= LiveBlock.size(); ++byte) {
+            SCOPED_TRACE(byte * 1000 + static_cast<unsigned>(value));
+            const bool all = byte == LiveBlock.size();
+            LiveBlock.fill(static_cast<BYTE>(all ? value : 0));
+            ParamBlockA.fill(static_cast<BYTE>(all ? 255 - value : 0));
+            ParamBlockB.fill(static_cast<BYTE>(value));
+            LiveBlock[byte % LiveBlock.size()] = static_cast<BYTE>(value);
+            const ReadingsModel model = EvaluateReadings();
+            std::string lengths;
+            for (const char* text : {model.LambdaText.data(), model.TpsText.data(), model.AttText.data(),
+                                     model.RpmText.data(), model.TempNowText.data(), model.LPGOnTempText.data()}) {
+                lengths += std::to_string(std::strlen(text));
+            }
+            EXPECT_EQ(lengths, model.TpsType == 6 || model.TpsType == 7 ? "433432" : "443432");
+            EXPECT_TRUE(model.LambdaBarPos >= 0 && model.LambdaBarPos <= 255);
+            EXPECT_TRUE(model.AttJumpPos >= 0 && model.AttJumpPos <= 255);
+            EXPECT_LE(GaugeIndex(EngineRPM), 160u);
+        }
     }
 }
 

@@ -63,7 +63,8 @@ std::string thresholds() {
 class TuningDialogs : public TuningPages {
 protected:
     // Over the page that opens it. What the body does runs between two ticks; the timer waits for the body's own ones.
-    void inDialog(void (*open)(), const std::function<void()>& body, std::vector<Step> leave = {}) {
+    void inDialog(void (*open)(), const std::function<void()>& body,
+                  std::vector<Step> leave = {{"closing", always, [] { press(Qt::Key_Escape); }}}) {
         SendMessageA(MainWindow, WM_COMMAND, open == RunCorrectionsDialog ? IDM_OPTIONS : IDM_CONFIGURATION, 0);
         settle();
         std::vector<Step> steps = {{"page", always, [=] { QTimer::singleShot(0, open); }},
@@ -76,19 +77,16 @@ protected:
                                         EXPECT_EQ(TuningDialogOpen + CorrectionsDialogOpen, 1);
                                         body();
                                     }}};
-        if (leave.empty()) {
-            leave = {{"closing", always, [] { press(Qt::Key_Escape); }}};
-        }
         steps.insert(steps.end(), leave.begin(), leave.end());
         run(steps);
         EXPECT_EQ(openDialogWindow(), nullptr);
         EXPECT_EQ(TuningDialogOpen + CorrectionsDialogOpen, 0);
     }
     // Each entry must send one frame: the cell's number on the wire and the value of the entry.
-    void expectWrites(int combo, unsigned entries, int wireCell, const std::function<int(unsigned)>& value) const {
-        EXPECT_EQ(entriesOf(combo), static_cast<int>(entries)) << combo;
-        for (unsigned entry = 0; entry < entries; ++entry) {
-            pick(combo, entry);
+    void expectWrites(int combo, int entries, int wireCell, const std::function<int(int)>& value) const {
+        EXPECT_EQ(entriesOf(combo), entries) << combo;
+        for (int entry = 0; entry < entries; ++entry) {
+            pick(combo, static_cast<unsigned>(entry));
             const auto cell = static_cast<std::uint8_t>(wireCell);
             const auto byte = static_cast<std::uint8_t>(value(entry));
             EXPECT_EQ(sent(), hex({0x65, cell, byte, static_cast<std::uint8_t>(0x65 + cell + byte)}))
@@ -113,8 +111,8 @@ TEST_F(TuningDialogs, EmulationTimesAreChosenAndShown) {
         EXPECT_EQ(selected(1003), 0) << "a time of 0 reads as the shortest";
         EXPECT_EQ(selected(1004), 254);
         EXPECT_EQ(entryOf(1003, 0) + " " + entryOf(1003, 39) + " " + entryOf(1004, 254), "0,025 1,000 6,375");
-        expectWrites(1003, 255, 0x0B, [](unsigned entry) { return static_cast<int>(entry) + 1; });
-        expectWrites(1004, 255, 0x0C, [](unsigned entry) { return static_cast<int>(entry) + 1; });
+        expectWrites(1003, 255, 0x0B, [](int entry) { return entry + 1; });
+        expectWrites(1004, 255, 0x0C, [](int entry) { return entry + 1; });
         setCell(simulator::EmulBJ_TimeHi, 40);
         tick();
         EXPECT_EQ(selected(1003), 39) << "the controller decides";
@@ -270,7 +268,7 @@ TEST_F(TuningDialogs, TheSensorTypeIsTwoBitsOfOptions) {
                 EXPECT_EQ(lamps() == "-----", !served) << options;
             }
             constexpr int Written[] = {0x7F, 0xFE, 0x7E};
-            expectWrites(1003, 3, family == 4 ? 6 : 5, [&](unsigned entry) { return Written[entry]; });
+            expectWrites(1003, 3, family == 4 ? 6 : 5, [&](int entry) { return Written[entry]; });
         });
         closeProgram();
         server.reset();
@@ -287,17 +285,17 @@ TEST_F(TuningDialogs, CorrectionsAreNibblesCountedDownwards) {
             EXPECT_EQ(textOf(openDialogWindow()), "Actuator corrections");
             tick();
             EXPECT_EQ(sent(), family == 2 ? PollA : PollC);
-            const auto shown = [](int combo) { return entryOf(combo, selected(combo)); };
-            EXPECT_EQ(shown(1003) + " " + shown(1013) + " " + shown(1122) + " " + shown(1123), "0 +10 -20 +14");
-            const auto ends = [](int combo) { return entryOf(combo, 0) + ".." + entryOf(combo, 15); };
-            EXPECT_EQ(ends(1003) + " " + ends(1013) + " " + ends(1122) + " " + ends(1123),
-                      "-12..+18 -10..+20 -20..+10 -16..+14");
+            std::string shown;
+            for (const int list : {1003, 1013, 1122, 1123}) {
+                shown += entryOf(list, 0) + ".." + entryOf(list, 15) + ": " + entryOf(list, selected(list)) + "  ";
+            }
+            EXPECT_EQ(shown, "-12..+18: 0  -10..+20: +10  -20..+10: -20  -16..+14: +14  ");
             EXPECT_EQ(entryOf(1003, 5) + " " + entryOf(1003, 7), "-2 +2");
             const int cell = family == 2 ? 0x0C : 0x0D;
-            expectWrites(1003, 16, cell, [](unsigned entry) { return 0x50 + 15 - static_cast<int>(entry); });
-            expectWrites(1013, 16, cell, [](unsigned entry) { return (15 - static_cast<int>(entry)) * 16 + 9; });
-            expectWrites(1122, 16, cell + 1, [](unsigned entry) { return 15 - static_cast<int>(entry); });
-            expectWrites(1123, 16, cell + 1, [](unsigned entry) { return (15 - static_cast<int>(entry)) * 16 + 15; });
+            expectWrites(1003, 16, cell, [](int entry) { return 0x5F - entry; });
+            expectWrites(1013, 16, cell, [](int entry) { return 0xF9 - 16 * entry; });
+            expectWrites(1122, 16, cell + 1, [](int entry) { return 0x0F - entry; });
+            expectWrites(1123, 16, cell + 1, [](int entry) { return 0xFF - 16 * entry; });
         });
         closeProgram();
         server.reset();

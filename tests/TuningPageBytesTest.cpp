@@ -167,11 +167,6 @@ const std::vector<Shown> OnOptions = {
 
 class TuningPageBytes : public TuningPages {
 protected:
-    void pickAndClose(int id, unsigned entry) {
-        run({{"choice", always, [=] { QTimer::singleShot(0, [=] { pick(id, entry); }); }},
-             {"dialog", dialogShown, [] { press(Qt::Key_Escape); }}});
-        stopTimer();
-    }
     // Chooses the entry while all bits outside the mask are as in `others`.
     void expectEntry(int family, const Entries& row, unsigned entry, std::uint8_t others) {
         if (row.mask != 0) {
@@ -181,7 +176,9 @@ protected:
         server->clearLog();
         const unsigned value = row.values[entry] | (row.mask == 0 ? 0 : others & ~row.mask);
         if (row.id == 1018 && entry == 0) {
-            pickAndClose(row.id, entry);
+            run({{"choice", always, [=] { QTimer::singleShot(0, [=] { pick(1018, entry); }); }},
+                 {"dialog", dialogShown, [] { press(Qt::Key_Escape); }}});
+            stopTimer();
             ASSERT_EQ(written(), frames(family, row, value)) << "over the dialog of the emulation";
             server->clearLog();
         } else {
@@ -193,45 +190,61 @@ protected:
         ASSERT_EQ(sent(), Poll);
         ASSERT_EQ(selected(row.id), static_cast<int>(entry)) << row.id;
     }
-    void expectEntries(int family, int firmware) {
-        connect(family, firmware, IDM_CONFIGURATION);
-        for (const UINT page : {IDM_CONFIGURATION, IDM_OPTIONS}) {
-            open(page);
-            const bool options = page == IDM_OPTIONS;
-            for (const Entries& row : options ? optionsEntries(family, firmware) : configurationEntries(family)) {
-                for (const auto& [cell, byte] : row.held) {
-                    setCell(cell, byte);
+    static void refresh(UINT page) {
+        page == IDM_OPTIONS ? RefreshOptionsPage() : RefreshConfigurationPage();
+    }
+};
+
+TEST_F(TuningPageBytes, EntriesSendTheirBytes) {
+    for (const auto& [family, firmware, page] : {std::tuple{2, 9, IDM_CONFIGURATION},
+                                                 {2, 9, IDM_OPTIONS},
+                                                 {4, 4, IDM_CONFIGURATION},
+                                                 {4, 4, IDM_OPTIONS},
+                                                 {4, 5, IDM_CONFIGURATION},
+                                                 {4, 5, IDM_OPTIONS}}) {
+        SCOPED_TRACE(family);
+        connect(family, firmware, page);
+        for (const Entries& row :
+             page == IDM_OPTIONS ? optionsEntries(family, firmware) : configurationEntries(family)) {
+            for (const auto& [cell, byte] : row.held) {
+                setCell(cell, byte);
+            }
+            tick();
+            if (isList(row.id)) {
+                EXPECT_EQ(entriesOf(row.id), static_cast<int>(row.values.size())) << row.id;
+            }
+            for (unsigned entry = 0; entry < row.values.size(); ++entry) {
+                expectEntry(family, row, entry, 0x00);
+                if (row.mask != 0) {
+                    expectEntry(family, row, entry, 0xFF);
                 }
-                tick();
-                if (isList(row.id)) {
-                    EXPECT_EQ(entriesOf(row.id), static_cast<int>(row.values.size())) << row.id;
-                }
-                for (unsigned entry = 0; entry < row.values.size(); ++entry) {
-                    expectEntry(family, row, entry, 0x00);
-                    if (row.mask != 0) {
-                        expectEntry(family, row, entry, 0xFF);
-                    }
-                    ASSERT_FALSE(HasFatalFailure());
-                }
+                ASSERT_FALSE(HasFatalFailure());
             }
         }
+        closeProgram();
+        server.reset();
     }
-    // Every byte at every place shows what it should and sends nothing.
-    void expectBytes(UINT page, int family, void (*refresh)(), const std::vector<Shown>& rows) {
+}
+
+TEST_F(TuningPageBytes, EveryByteOfTheBlocksIsShownAndSendsNothing) {
+    connect(4, 5, IDM_CONFIGURATION);
+    std::vector<BYTE*> places = {L + 4};
+    for (size_t at = 0; at < ParamBlockB.size(); ++at) {
+        places.insert(places.end(), {B + at, A + std::min(at, ParamBlockA.size() - 1)});
+    }
+    for (const auto& [page, family] :
+         {std::pair{IDM_CONFIGURATION, 2}, {IDM_OPTIONS, 2}, {IDM_CONFIGURATION, 4}, {IDM_OPTIONS, 4}}) {
+        SCOPED_TRACE(family);
         open(page);
         ControllerFamily = family;
         LastByteCount = 99;
-        std::vector<BYTE*> places = {L + 4};
-        for (size_t at = 0; at < ParamBlockB.size(); ++at) {
-            places.insert(places.end(), {B + at, A + std::min(at, ParamBlockA.size() - 1)});
-        }
         const Ids all = controls();
         for (BYTE* const place : places) {
             clearMirrors();
             for (int byte = 0; byte < 256; ++byte) {
                 *place = static_cast<BYTE>(byte);
-                refresh();
-                for (const Shown& row : rows) {
+                refresh(page);
+                for (const Shown& row : page == IDM_OPTIONS ? OnOptions : OnConfiguration) {
                     if (row.byte == place && (row.family == 0 || row.family == family)) {
                         ASSERT_EQ(selected(row.id), row.entry(byte)) << row.id << " at " << byte;
                     }
@@ -246,71 +259,38 @@ protected:
         EXPECT_EQ(LastByteCount, 99u);
         EXPECT_EQ(ComboOpen + TuningDialogOpen + CorrectionsDialogOpen, 0);
     }
-};
-
-TEST_F(TuningPageBytes, EntriesSendTheirBytesInFamily2) {
-    expectEntries(2, 9);
-}
-
-TEST_F(TuningPageBytes, EntriesSendTheirBytesInFamily4) {
-    expectEntries(4, 4);
-    closeProgram();
-    server.reset();
-    expectEntries(4, 5);
-}
-
-TEST_F(TuningPageBytes, EveryByteOfTheBlocksIsShown) {
-    connect(4, 5, IDM_CONFIGURATION);
-    for (const int family : {2, 4}) {
-        SCOPED_TRACE(family);
-        expectBytes(IDM_CONFIGURATION, family, RefreshConfigurationPage, OnConfiguration);
-        expectBytes(IDM_OPTIONS, family, RefreshOptionsPage, OnOptions);
-    }
 }
 
 TEST_F(TuningPageBytes, ValuesThatDependOnASecondByteAreShown) {
     struct Row {
         int id;
         int entry;
-        std::vector<std::pair<BYTE*, int>> bytes;
-    };
-    const auto period = [](BYTE* low, int value) {
-        return std::vector<std::pair<BYTE*, int>>{{low, value & 255}, {low + 1, value >> 8}};
+        BYTE* low;  // of the byte or the two bytes of the value
+        int value;
+        int sensor = 0;
     };
     const std::vector<Row> configuration = {
-        {1013, -1, {{A + 2, 0x00}, {A + 3, 200}}}, {1013, 0, {{A + 2, 0x50}, {A + 3, 49}}},
-        {1013, 15, {{A + 2, 0x50}, {A + 3, 65}}},  {1013, -1, {{A + 2, 0x50}, {A + 3, 66}}},
-        {1013, 50, {{A + 2, 0x40}, {A + 3, 150}}}, {1013, -1, {{A + 2, 0xF0}, {A + 3, 151}}},
-        {1022, 20, period(B + 5, 4225)},           {1022, 0, period(B + 5, 0)},
-        {1022, 0, period(B + 5, 65535)},           {1022, 6, period(B + 5, 7000)},
-        {1022, -1, period(B + 5, 4166)},
+        {1013, -1, A + 3, 200},      {1013, 0, A + 3, 49, 0x50},   {1013, 15, A + 3, 65, 0x50},
+        {1013, -1, A + 3, 66, 0x50}, {1013, 50, A + 3, 150, 0x40}, {1013, -1, A + 3, 151, 0xF0},
+        {1022, 20, B + 5, 4225},     {1022, 0, B + 5, 0},          {1022, 0, B + 5, 65535},
+        {1022, 6, B + 5, 7000},      {1022, -1, B + 5, 4166},
     };
     const std::vector<Row> options = {
-        {1047, 0, {{A + 2, 0x01}, {B + 3, 250}}},
-        {1047, 50, {{A + 2, 0x01}, {B + 3, 0}}},
-        {1047, 0, {{A + 2, 0x01}, {B + 3, 255}}},
-        {1048, 15, period(B + 8, 5882)},
-        {1048, -1, period(B + 8, 5769)},
-        {1050, 40, period(B + 11, 1863)},
-        {1050, -1, period(B + 11, 1851)},
-        {1051, 0, {{A + 11, 96}}},
-        {1051, 1, {{A + 11, 99}}},
-        {1051, 0, {{A + 11, 0}}},
-        {1051, -1, {{A + 11, 255}}},
-        {1050, -1, period(B + 11, 1)},
-        {1051, 25, {{A + 11, 209}}},
-        {1051, -1, {{A + 11, 210}}},
+        {1047, 0, B + 3, 250, 0x01}, {1047, 50, B + 3, 0, 0x01}, {1047, 0, B + 3, 255, 0x01}, {1048, 15, B + 8, 5882},
+        {1048, -1, B + 8, 5769},     {1050, 40, B + 11, 1863},   {1050, -1, B + 11, 1851},    {1050, -1, B + 11, 1},
+        {1051, 0, A + 11, 96},       {1051, 1, A + 11, 99},      {1051, 0, A + 11, 0},        {1051, -1, A + 11, 255},
+        {1051, 25, A + 11, 209},     {1051, -1, A + 11, 210},
     };
     connect(2, 9, IDM_CONFIGURATION);
     for (const UINT page : {IDM_CONFIGURATION, IDM_OPTIONS}) {
         open(page);
         for (const Row& row : page == IDM_OPTIONS ? options : configuration) {
             clearMirrors();
-            for (const auto& [byte, value] : row.bytes) {
-                *byte = static_cast<BYTE>(value);
-            }
-            page == IDM_OPTIONS ? RefreshOptionsPage() : RefreshConfigurationPage();
-            EXPECT_EQ(selected(row.id), row.entry) << row.id << " of " << row.bytes.back().second;
+            A[2] = static_cast<BYTE>(row.sensor);
+            row.low[0] = static_cast<BYTE>(row.value);
+            row.low[1] = static_cast<BYTE>(row.value >> 8);
+            refresh(page);
+            EXPECT_EQ(selected(row.id), row.entry) << row.id << " of " << row.value;
         }
         EXPECT_EQ(sent(), "");
     }

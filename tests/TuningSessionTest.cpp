@@ -23,15 +23,6 @@ bool listShown(int id) {
     return boxOf(control(id)).view()->isVisible();
 }
 
-// One entry on or back at a time, with the list open.
-void walkTo(int id, int entry) {
-    const int steps = entry - selected(id);
-    for (int step = 0; step < std::abs(steps); ++step) {
-        press(steps > 0 ? Qt::Key_Down : Qt::Key_Up);
-    }
-    press(Qt::Key_Return);
-}
-
 void make(const Change& change) {
     SCOPED_TRACE(change.id);
     ASSERT_TRUE(pumpUntil([&] { return IsWindowVisible(control(change.id)) && IsWindowEnabled(control(change.id)); }));
@@ -39,7 +30,15 @@ void make(const Change& change) {
     clickOn(control(change.id));
     if (change.by != By::Tick) {
         ASSERT_TRUE(pumpUntil([&] { return listShown(change.id) && ComboOpen == 1; }));
-        change.by == By::Mouse ? clickEntry(control(change.id), change.entry) : walkTo(change.id, change.entry);
+        const int steps = change.entry - selected(change.id);
+        if (change.by == By::Mouse) {
+            clickEntry(control(change.id), change.entry);
+        } else {
+            for (int step = 0; step < std::abs(steps); ++step) {
+                press(steps > 0 ? Qt::Key_Down : Qt::Key_Up);
+            }
+            press(Qt::Key_Return);
+        }
         ASSERT_TRUE(pumpUntil([&] { return !listShown(change.id) && ComboOpen == 0; }));
     }
 }
@@ -86,10 +85,8 @@ TEST_F(TuningSession, BringsAFactoryNewControllerToAGivenSet) {
     writeIni(1, "pol");
     start();
     ASSERT_TRUE(pumpUntil([] { return LinkLost == 0; }));
-    std::map<int, int> expected = cellsOf(*server);
-    for (const auto& [cell, value] : Wanted) {
-        expected[cell] = value;
-    }
+    std::map<int, int> expected = Wanted;
+    expected.merge(cellsOf(*server));
     for (const UINT page : {IDM_CONFIGURATION, IDM_OPTIONS}) {
         SendMessageA(MainWindow, WM_COMMAND, page, 0);
         settle();
