@@ -25,7 +25,7 @@ constexpr int ManyColumns = 150000;
 constexpr int ColumnsAPaint = 50;
 // The simulated controller's log of frames, two a column, is full by then.
 constexpr int ColumnsForTheLog = 12000;
-static_assert(ColumnsForTheLog * 2 > simulator::Server::LogLimit);
+static_assert(ColumnsForTheLog * 2 > simulator::Responder::LogLimit);
 // Identity and live values: two requests of 4 bytes and replies of 4 and 11.
 constexpr double ColumnBytes = 4 + 4 + 4 + 11;
 

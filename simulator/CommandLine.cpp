@@ -107,7 +107,7 @@ std::string HelpText() {
            "  --fault=NAME[=N]  spoil replies: the next N, or with =0.N that part of them,\n"
            "                    else all; may be given several times. NAME is silence,\n"
            "                    lost-byte, flipped-bit, late, split, wrong-echo, hang-up,\n"
-           "                    garbage, endless, mix\n"
+           "                    garbage, doubled, endless, mix\n"
            "  --verbose         print every frame\n"
            "  --help            print this text\n"
            "\n"

@@ -6,8 +6,9 @@
 namespace simulator {
 namespace {
 
-constexpr std::array<std::string_view, 10> Names = {"silence",    "lost-byte", "flipped-bit", "late",    "split",
-                                                    "wrong-echo", "hang-up",   "garbage",     "endless", "mix"};
+constexpr std::array<std::string_view, 11> Names = {"silence", "lost-byte",  "flipped-bit", "late",
+                                                    "split",   "wrong-echo", "hang-up",     "garbage",
+                                                    "doubled", "endless",    "mix"};
 
 template <typename Number>
 bool ParseWhole(std::string_view text, Number& number) {
@@ -126,6 +127,11 @@ Transmission Faults::send(const Bytes& reply, bool isWrite) {
                 byte.value = randomByte();
             }
             out.bytes.front().value |= 0x80;  // never the marker
+            break;
+        case FaultKind::Doubled:
+            for (std::uint8_t byte : reply) {
+                out.bytes.push_back({byte});
+            }
             break;
         case FaultKind::Endless:
             for (int i = 0; i < EndlessBytes; ++i) {

@@ -21,6 +21,7 @@ enum class FaultKind {
     WrongEcho,   // the reply to a write tells another value; reads are left alone
     HangUp,      // the device goes away after half the reply and is back after a second
     Garbage,     // random bytes that do not begin as a reply, as many as the reply has
+    Doubled,     // the reply comes twice
     Endless,     // after the reply EndlessBytes random ones go on at the line's pace
     Mix          // one of the above, chosen anew each time
 };

@@ -15,12 +15,8 @@
 namespace simulator {
 namespace {
 
-constexpr double Never = -1;
 constexpr double EngineTickSeconds = 0.25;  // the longest the engine's clock stands while nobody asks
-constexpr double MostCatchUpSeconds = 5;    // of it, after the computer has slept
-constexpr double ReplugSeconds = 1;
-constexpr double HangUpGraceSeconds = 0.02;  // so that a reader sees the bytes before the end
-constexpr double WakeSeconds = 0.0001;       // what the end of a wait may be late on a quiet computer
+constexpr double WakeSeconds = 0.0001;      // what the end of a wait may be late on a quiet computer
 
 double SteadySeconds() {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
@@ -28,9 +24,8 @@ double SteadySeconds() {
 
 }  // namespace
 
-Server::Server(Config asked)
-    : config(std::move(asked)), origin(SteadySeconds()), controller(config), faults(config.seed, config.faults) {
-    terminal.open(config.portLink);
+Server::Server(Config asked) : origin(SteadySeconds()), responder(asked) {
+    terminal.open(asked.portLink);
     wakeHandle = ::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
     if (wakeHandle < 0) {
         throw std::system_error(errno, std::generic_category(), "make event 'wake'");
@@ -56,13 +51,6 @@ double Server::now() const {
 
 void Server::wake() {
     ::eventfd_write(wakeHandle, 1);
-}
-
-void Server::advance(double time) {
-    if (config.clockRuns) {
-        controller.step(std::clamp(time - steppedTo, 0.0, MostCatchUpSeconds));
-    }
-    steppedTo = time;
 }
 
 std::string Server::devicePath() const {
@@ -99,27 +87,27 @@ bool Server::waitPlugged(double seconds) {
 
 void Server::addFault(const FaultRule& rule) {
     std::lock_guard lock(mutex);
-    faults.add(rule);
+    responder.faults.add(rule);
 }
 
 void Server::clearFaults() {
     std::lock_guard lock(mutex);
-    faults.clear();
+    responder.faults.clear();
 }
 
 std::vector<LogEntry> Server::log() const {
     std::lock_guard lock(mutex);
-    return {entries.begin(), entries.end()};
+    return {responder.log.begin(), responder.log.end()};
 }
 
 void Server::clearLog() {
     std::lock_guard lock(mutex);
-    entries.clear();
+    responder.log.clear();
 }
 
 bool Server::waitFor(const std::function<bool(const Log&)>& enough, double seconds) {
     std::unique_lock lock(mutex);
-    return changed.wait_for(lock, std::chrono::duration<double>(seconds), [&] { return enough(entries); });
+    return changed.wait_for(lock, std::chrono::duration<double>(seconds), [&] { return enough(responder.log); });
 }
 
 bool Server::waitForFrames(std::size_t count, double seconds) {
@@ -128,15 +116,12 @@ bool Server::waitForFrames(std::size_t count, double seconds) {
 
 void Server::observe(std::function<void(const LogEntry&)> newObserver) {
     std::lock_guard lock(mutex);
-    observer = std::move(newObserver);
+    responder.observe(std::move(newObserver));
 }
 
 void Server::unplugNow() {
     terminal.close();
-    outgoing.clear();
-    controller.dropPartialRequest();
-    received = sent = 0;
-    hangUpAt = Never;
+    responder.cut();
     changed.notify_all();
 }
 
@@ -150,7 +135,7 @@ void Server::plug(double time) {
         plugAt = Never;
     } else if (plugAt >= 0 && time >= plugAt) {
         try {
-            terminal.open(config.portLink);
+            terminal.open(responder.config.portLink);
             plugAt = Never;
         } catch (const std::system_error&) {
             plugFailed = true;
@@ -160,49 +145,21 @@ void Server::plug(double time) {
     }
 }
 
-// At the true pace a byte that reached the device at some moment is still to run over the wire, after those before it.
 void Server::takeRequests(double time) {
     std::uint8_t buffer[256];
-    for (std::uint8_t& byte : std::span(buffer).first(terminal.read(buffer))) {
-        received = config.wirePace ? std::max(received, time) + ByteSeconds : time;
-        for (const Exchange& exchange : controller.receive({&byte, 1}, time)) {
-            reply(exchange, received, time);
-        }
+    const std::size_t count = terminal.read(buffer);
+    responder.take(std::span(buffer).first(count), time);
+    if (count > 0) {
+        changed.notify_all();
     }
-}
-
-void Server::reply(const Exchange& exchange, double complete, double time) {
-    Transmission transmission = faults.send(exchange.reply, exchange.isWrite);
-    LogEntry entry{time, exchange.request, exchange.isWrite, {}};
-    sent = std::max(sent, complete + (config.wirePace ? exchange.workSeconds : 0));
-    for (const TimedByte& byte : transmission.bytes) {
-        sent += byte.pauseBefore + (config.wirePace || byte.paced ? ByteSeconds : 0);
-        outgoing.push_back({sent, byte.value});
-        entry.reply.push_back(byte.value);
-    }
-    if (transmission.hangUp) {
-        hangUpAt = sent + HangUpGraceSeconds;
-    }
-    if (observer) {
-        observer(entry);
-    }
-    entries.push_back(std::move(entry));
-    if (entries.size() > LogLimit) {
-        entries.pop_front();
-    }
-    changed.notify_all();
 }
 
 void Server::sendDue(double time) {
-    Bytes chunk;
-    while (!outgoing.empty() && outgoing.front().due <= time) {
-        chunk.push_back(outgoing.front().value);
-        outgoing.pop_front();
+    const Bytes bytes = responder.give(time);
+    if (!bytes.empty()) {
+        terminal.write(bytes);
     }
-    if (!chunk.empty()) {
-        terminal.write(chunk);
-    }
-    if (hangUpAt >= 0 && time >= hangUpAt) {
+    if (responder.hangUp() >= 0 && time >= responder.hangUp()) {
         unplugNow();
         plugAt = time + ReplugSeconds;
     }
@@ -210,10 +167,7 @@ void Server::sendDue(double time) {
 
 double Server::nextDeadline(double time) const {
     double deadline = time + EngineTickSeconds;
-    if (!outgoing.empty()) {
-        deadline = std::min(deadline, outgoing.front().due);
-    }
-    for (double moment : {hangUpAt, plugAt}) {
+    for (double moment : {responder.nextByte(), responder.hangUp(), plugAt}) {
         deadline = moment >= 0 ? std::min(deadline, moment) : deadline;
     }
     return deadline;
@@ -222,7 +176,7 @@ double Server::nextDeadline(double time) const {
 // Deadlines are moments, not spans: being late for one byte makes no other late. The system ends a wait a little late;
 // for the last byte of a reply, which decides when the next request comes, the rest of the time is waited for awake.
 void Server::sleepUntil(double deadline, std::unique_lock<std::mutex>& lock) {
-    const bool lastByte = outgoing.size() == 1 && outgoing.front().due <= deadline;
+    const bool lastByte = responder.bytesToCome() == 1 && responder.nextByte() <= deadline;
     pollfd handles[] = {
         {wakeHandle, POLLIN, 0},
         {terminal.readable(), POLLIN, 0},
@@ -250,7 +204,7 @@ void Server::run() {
     while (!stopping) {
         sleepUntil(nextDeadline(now()), lock);
         double time = now();
-        advance(time);
+        responder.advance(time);
         plug(time);
         if (terminal.isOpen()) {
             takeRequests(time);

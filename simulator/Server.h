@@ -1,12 +1,11 @@
 // A controller on a pseudo-terminal, served by a thread of its own. All operations may be called from any thread.
 #pragma once
 
-#include "simulator/Controller.h"
 #include "simulator/PseudoTerminal.h"
+#include "simulator/Responder.h"
 
 #include <condition_variable>
 #include <cstddef>
-#include <deque>
 #include <functional>
 #include <mutex>
 #include <string>
@@ -14,15 +13,6 @@
 #include <vector>
 
 namespace simulator {
-
-struct LogEntry {
-    double seconds = 0;  // since the server started
-    Request request;     // with good false for a wrong sum, which gets no reply
-    bool isWrite = false;
-    Bytes reply;  // as it was sent, so after a fault; empty: none
-};
-
-using Log = std::deque<LogEntry>;
 
 class Server {
 public:
@@ -51,15 +41,13 @@ public:
     template <typename Use>
     auto with(Use&& use) {
         std::lock_guard lock(mutex);
-        advance(now());
-        return use(controller);
+        responder.advance(now());
+        return use(responder.controller);
     }
 
     void addFault(const FaultRule& rule);
     void clearFaults();
 
-    // Every frame of four bytes that came in, oldest first; the latest LogLimit of them.
-    static constexpr std::size_t LogLimit = 20000;
     std::vector<LogEntry> log() const;
     void clearLog();
     // Waits until the log satisfies `enough`; false after `seconds`.
@@ -70,42 +58,26 @@ public:
     void observe(std::function<void(const LogEntry&)> observer);
 
 private:
-    struct DueByte {
-        double due;
-        std::uint8_t value;
-    };
-
     double now() const;  // seconds since the start
-    void advance(double time);
     void run();
     void wake();
     void plug(double time);
     void unplugNow();
     void takeRequests(double time);
-    void reply(const Exchange& exchange, double complete, double time);
     void sendDue(double time);
     double nextDeadline(double time) const;
     void sleepUntil(double deadline, std::unique_lock<std::mutex>& lock);
 
-    const Config config;
     const double origin;
     mutable std::mutex mutex;
     std::condition_variable changed;
-    Controller controller;
-    Faults faults;
+    Responder responder;
     PseudoTerminal terminal;
-    Log entries;
-    std::function<void(const LogEntry&)> observer;
 
-    std::deque<DueByte> outgoing;
-    double received = 0;  // when the last byte that came in is complete on the wire
-    double sent = 0;      // when the last byte that goes out is
-    double hangUpAt = -1;
-    double plugAt = -1;  // when the device comes back by itself
+    double plugAt = Never;  // when the device comes back by itself
     bool wantPlugged = true;
     bool plugFailed = false;
     bool stopping = false;
-    double steppedTo = 0;
     int wakeHandle = -1;
     std::thread thread;
 };

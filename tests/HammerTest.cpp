@@ -3,7 +3,6 @@
 
 #include <QApplication>
 #include <QPixmapCache>
-#include <QTimer>
 #include <array>
 #include <random>
 
@@ -63,15 +62,13 @@ class Hammer : public WindowFixture {
 protected:
     // A controller at COM 1 and one of another family at COM 2.
     void SetUp() override {
-        WindowFixture::SetUp();
         // The style's pictures are kept until a bound of their own is reached.
         QPixmapCache::setCacheLimit(0);
         plugController(4);
         simulator::Config config;
         config.family = 2;
         config.wirePace = false;
-        config.portLink = folder / "ports/COM2";
-        second = std::make_unique<simulator::Server>(config);
+        second = std::make_unique<HeldController>(*clock, config, 2);
         writeIni(1, "ang");
         start();
     }
@@ -98,38 +95,42 @@ protected:
         }
     }
     // Runs on for a while on each controller in turn.
-    void poll(simulator::Server& controller, UINT port) {
+    void poll(HeldController& controller, UINT port) {
         send({port, IDM_READINGS});
         const size_t before = controller.log().size();
         ASSERT_TRUE(pumpUntil([&] { return controller.log().size() >= before + 10; }));
     }
     // Opens the dialog, looks at its caption and closes it.
     static void visit(const DialogRow& row) {
-        QTimer::singleShot(0, row.open);
         const auto shown = [] {
             const QWidget* dialog = QApplication::activeModalWidget();
             return dialog && dialog->isActiveWindow() && !layer::nextToPaint();
         };
-        run({{"dialog", shown, [&] {
+        run({{"page", always, row.open},
+             {"dialog", shown, [&] {
                   const std::string caption = QApplication::activeModalWidget()->windowTitle().toStdString();
                   EXPECT_TRUE(caption.starts_with(row.caption == 0 ? "RS 232" : line(row.caption))) << caption;
                   press(Qt::Key_Escape);
               }}});
     }
     void commandUntil(int wanted) {
-        QTimer timer;
-        timer.callOnTimeout([&] {
+        // The last commands may still be on their way.
+        int quietRounds = 0;
+        const std::function<void()> next = [&] {
             if (done < wanted) {
                 command();
             } else if (const HWND dialog = openDialogWindow()) {
                 PostMessageA(dialog, WM_COMMAND, IDC_CANCEL, 0);
             }
-        });
-        timer.start(2);
-        ASSERT_TRUE(pumpUntil([&] { return done >= wanted && openDialogs() == 0; }, 100));
+            quietRounds = done < wanted || openDialogs() > 0 ? 0 : quietRounds + 1;
+            clock->at(clock->now() + 2 * Millisecond, [&] { clock->put(next); });
+        };
+        next();
+        ASSERT_TRUE(pumpUntil([&] { return quietRounds > 3; }, 100));
+        clock->forget();
     }
 
-    std::unique_ptr<simulator::Server> second;
+    std::unique_ptr<HeldController> second;
     std::mt19937 dice{4711};
     int done = 0;
 };

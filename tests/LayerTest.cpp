@@ -1,7 +1,5 @@
 // The layer behind platform/Win32.h: messages, timers, what is to be painted, input and controls.
-#include <QElapsedTimer>
 #include <QTest>
-#include <QThread>
 #include <QWidget>
 #include <algorithm>
 #include <array>
@@ -27,20 +25,12 @@ UINT takeMessage() {
     return message.message;
 }
 
-void stayBusy(int milliseconds) {
-    QElapsedTimer clock;
-    clock.start();
-    while (clock.elapsed() < milliseconds) {
-        QThread::yieldCurrentThread();
-    }
-}
-
 }  // namespace
 
 TEST_F(Layer, SentThenPostedThenInputThenPaintThenTimer) {
     const HWND window = openFrame();
     SetTimer(window, 1, 10, nullptr);
-    stayBusy(30);
+    clock.pass(30 * Millisecond);
     InvalidateRect(window, nullptr, TRUE);
     QTest::keyPress(widgetOf(window), Qt::Key_F5);
     PostMessageA(window, FirstMark, 1, 0);
@@ -71,7 +61,7 @@ TEST_F(Layer, ALateTimerIsOneMessage) {
     const HWND window = openFrame();
     SetTimer(window, 1, 10, nullptr);
     SetTimer(window, 2, 15, nullptr);
-    stayBusy(100);
+    clock.pass(100 * Millisecond);
     ASSERT_TRUE(pumpUntil([] { return count(WM_TIMER) >= 2; }));
     std::erase_if(seen, [](const Seen& message) { return message.message != WM_TIMER; });
     EXPECT_TRUE(seen.size() == 2 && seen[0].wParam == 1 && seen[1].wParam == 2);

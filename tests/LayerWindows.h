@@ -33,6 +33,8 @@ INT_PTR CALLBACK recordDialog(HWND window, UINT message, WPARAM wParam, LPARAM l
 
 class Layer : public testing::Test {
 protected:
+    HeldClock clock;
+
     void SetUp() override;
     void TearDown() override;
 

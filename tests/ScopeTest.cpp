@@ -1,7 +1,6 @@
 // The Oscilloscope page: what a sweep records, and the value cursor over it.
 #include <QCoreApplication>
 #include <QMouseEvent>
-#include <atomic>
 
 #include "ScopePage.h"
 
@@ -224,8 +223,7 @@ TEST_F(Scope, TheCursorFindsWhatTheControllerSent) {
     config.wirePace = false;
     config.clockRuns = false;
     config.scenario = simulator::Scenario::Ramp;
-    config.portLink = folder / "ports/COM1";
-    server = std::make_unique<simulator::Server>(config);
+    plug(config);
     startIn("ang");
     openScope();
     std::vector<simulator::Bytes> sentFor(396);
@@ -257,15 +255,14 @@ TEST_F(Scope, TheCursorFindsWhatTheControllerSent) {
 // The click comes while a column is on the line.
 TEST_F(Scope, AClickActsWithinTwoColumnsOfTheSweep) {
     simulator::Config config;
-    config.portLink = folder / "ports/COM1";
-    server = std::make_unique<simulator::Server>(config);
+    plug(config);
     startIn("ang");
     ASSERT_TRUE(pumpUntil([] { return LinkLost == 0; }));
     SendMessageA(MainWindow, WM_COMMAND, IDM_OSCILLOSCOPE, 0);
     ASSERT_TRUE(pumpUntil([] { return SweepPos > FirstColumn + 5; }));
     constexpr int ClickAt = 20;
     QWidget* const box = widgetOf(control(IDC_SCOPE_CURSOR));
-    std::atomic<int> columns = 0;
+    int columns = 0;
     server->observe([&](const simulator::LogEntry& entry) {
         if (entry.request.bytes[1] == 2 && ++columns == ClickAt) {
             for (const QEvent::Type type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {

@@ -1,14 +1,12 @@
 // The Reset page and the controller information dialog against a simulated controller: what reaches the wire and what
 // is shown.
 #include <QClipboard>
-#include <QElapsedTimer>
 #include <QEvent>
 #include <QGuiApplication>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPixmap>
 #include <QProgressBar>
-#include <QTimer>
 #include <algorithm>
 #include <map>
 #include <sstream>
@@ -67,7 +65,7 @@ QProgressBar& bar() {
 
 // Each paint of the bar: its position and the writes that had gone out by then.
 struct PaintWatch : QObject {
-    explicit PaintWatch(simulator::Server& watched) : server(watched) {
+    explicit PaintWatch(HeldController& watched) : server(watched) {
         bar().installEventFilter(this);
     }
     bool eventFilter(QObject*, QEvent* event) override {
@@ -77,7 +75,7 @@ struct PaintWatch : QObject {
         }
         return false;
     }
-    simulator::Server& server;
+    HeldController& server;
     std::vector<std::pair<int, long>> paints;
 };
 
@@ -101,11 +99,12 @@ protected:
         server->clearLog();
         std::string outcome;
         bool ended = false;
-        QTimer::singleShot(0, [&] {
+        const auto click = [&] {
             clickOn(GetDlgItem(PageWindow, IDC_RESET_BUTTON));
             ended = true;
-        });
-        run({{"end", [&] { return ended || boxShown(); },
+        };
+        run({{"page", always, click},
+             {"end", [&] { return ended || boxShown(); },
               [&] {
                   if (!ended) {
                       const auto& [name, text] = Boxes.at(box()->icon());
@@ -132,10 +131,9 @@ protected:
 
 TEST_F(Reset, FirstGenerationGetsOneCommandAndTheTimeForIt) {
     openPage(2);
-    QElapsedTimer clock;
-    clock.start();
+    const Moment start = clock->now();
     EXPECT_EQ(reset(), "done 0") << "though it answers later than a read waits";
-    EXPECT_GE(clock.elapsed(), 250);
+    EXPECT_GE(clock->now() - start, 250 * Millisecond);
     EXPECT_EQ(sent(), Look + ", 65 1E 33 B6");
     server->addFault({.kind = FaultKind::Silence, .onlyWrites = true});
     EXPECT_EQ(reset(), "failed 0") << "the reply of the first time does not count";
@@ -381,8 +379,7 @@ TEST_F(Information, TheDateEditorStartsTodayAndStoresWhatIsChosen) {
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.start);
-        const SYSTEMTIME now{row.year, row.month, 0, row.day, 0, 0, 0, 0};
-        layer::holdLocalTime(&now);
+        clock->setLocalTime({row.year, row.month, 0, row.day, 0, 0, 0, 0});
         inDialog([&] {
             tick();
             EXPECT_EQ(entriesOf(IDC_INFO_YEAR), 63);
@@ -411,7 +408,6 @@ TEST_F(Information, TheDateEditorStartsTodayAndStoresWhatIsChosen) {
             }
         });
     }
-    layer::holdLocalTime(nullptr);
 }
 
 TEST_F(Information, ALostLinkHidesTheEditorsUntilItIsBack) {

@@ -133,9 +133,8 @@ TEST_F(ShellDialogs, AChoiceMovesThePollingToTheOtherController) {
     simulator::Config config;
     config.family = 2;
     config.wirePace = false;
-    config.portLink = folder / "ports/COM2";
-    simulator::Server second(config);
-    const auto expectMoved = [](simulator::Server& left, simulator::Server& taken, int family) {
+    HeldController second(*clock, config, 2);
+    const auto expectMoved = [](HeldController& left, HeldController& taken, int family) {
         settle();
         ASSERT_TRUE(pumpUntil([=] { return LinkLost == 0 && ControllerFamily == family; }));
         left.clearLog();

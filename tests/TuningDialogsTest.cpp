@@ -1,7 +1,6 @@
 // The three tuning dialogs against a simulated controller: what reaches the wire and what is shown.
 #include <QAbstractItemView>
 #include <QTest>
-#include <QTimer>
 #include <array>
 #include <string>
 #include <vector>
@@ -67,7 +66,7 @@ protected:
                   std::vector<Step> leave = {{"closing", always, [] { press(Qt::Key_Escape); }}}) {
         SendMessageA(MainWindow, WM_COMMAND, open == RunCorrectionsDialog ? IDM_OPTIONS : IDM_CONFIGURATION, 0);
         settle();
-        std::vector<Step> steps = {{"page", always, [=] { QTimer::singleShot(0, open); }},
+        std::vector<Step> steps = {{"page", always, open},
                                    {"dialog", dialogShown, [&] { server->clearLog(); }},
                                    {"first tick", [&] { return !server->log().empty(); },
                                     [&] {

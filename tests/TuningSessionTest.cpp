@@ -1,7 +1,6 @@
 // A fitter's session: a controller with factory values is brought to a given set of parameters on both tuning pages,
 // with the mouse and with the keys inside the lists, while the page polls as it does for its user.
 #include <QAbstractItemView>
-#include <QTimer>
 #include <cstdlib>
 #include <map>
 #include <vector>
@@ -68,7 +67,7 @@ const std::map<int, int> Wanted = {
 
 using TuningSession = TuningPages;
 
-std::map<int, int> cellsOf(simulator::Server& server) {
+std::map<int, int> cellsOf(HeldController& server) {
     std::map<int, int> cells;
     server.with([&](simulator::Controller& controller) {
         for (int cell = simulator::FirstCell; cell <= simulator::LastCell; ++cell) {
@@ -110,8 +109,7 @@ TEST_F(TuningSession, AListThatADialogTookAwayOpensAgainAtOnce) {
     make({1018, By::Mouse, 1});
     for (int round = 0; round < 2; ++round) {
         run({{"box", [] { return IsWindowEnabled(control(1018)) != 0; }, [] { clickOn(control(1018)); }},
-             {"list", [] { return listShown(1018) && selected(1018) == 1; },
-              [] { QTimer::singleShot(0, [] { press(Qt::Key_Up); }); }},
+             {"list", [] { return listShown(1018) && selected(1018) == 1; }, [] { press(Qt::Key_Up); }},
              {"builder", dialogShown, [] { press(Qt::Key_Escape); }}});
         ASSERT_TRUE(pumpUntil([] { return ComboOpen == 0 && TuningDialogOpen == 0; }));
         clickOn(control(1018));

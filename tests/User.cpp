@@ -4,14 +4,12 @@
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
-#include <QElapsedTimer>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QScrollBar>
 #include <QStyleOptionSlider>
 #include <QTest>
-#include <QTimer>
 #include <QWindow>
 
 #include "platform/linux/Layer.h"
@@ -19,8 +17,8 @@
 
 namespace {
 
-constexpr int StepMilliseconds = 5;
-constexpr qint64 PatienceMilliseconds = 10000;
+constexpr Moment StepPeriod = 5 * Millisecond;
+constexpr Moment Patience = 10 * Second;
 
 // Where the desktop sends keys: on to an open list or menu, else to the widget in focus.
 QWindow* keyTarget() {
@@ -40,14 +38,6 @@ void endAllDialogs() {
 
 }  // namespace
 
-void settle() {
-    int rounds = 0;
-    QTimer timer;
-    timer.callOnTimeout([&] { ++rounds; });
-    timer.start(0);
-    EXPECT_TRUE(pumpUntil([&] { return rounds >= 6 && !layer::nextToPaint(); }));
-}
-
 HWND openDialogWindow() {
     const auto& windows = layer::topLevels();
     for (auto window = windows.rbegin(); window != windows.rend(); ++window) {
@@ -59,26 +49,26 @@ HWND openDialogWindow() {
 }
 
 void run(const std::vector<Step>& steps) {
+    HeldClock& clock = *HeldClock::current();
     size_t next = 0;
-    QElapsedTimer patience;
-    patience.start();
-    QTimer timer;
-    timer.callOnTimeout([&] {
+    Moment patience = clock.now() + Patience;
+    std::function<void()> look;
+    const auto lookLater = [&] { clock.at(clock.now() + StepPeriod, [&] { clock.put(look); }); };
+    look = [&] {
+        lookLater();
         if (next < steps.size() && steps[next].ready()) {
-            patience.start();
+            patience = clock.now() + Patience;
             steps[next++].act();
-        } else if (patience.elapsed() > PatienceMilliseconds) {
+        } else if (clock.now() > patience) {
             ADD_FAILURE() << "waited in vain: " << (next < steps.size() ? steps[next].what : "end of the dialogs");
             next = steps.size();
-            patience.start();
+            patience = clock.now() + Patience;
             endAllDialogs();
-        } else if (next == steps.size()) {
-            // The loop that looks for the end may have nothing else to wake it.
-            PostMessageA(GetDesktopWindow(), WM_NULL, 0, 0);
         }
-    });
-    timer.start(StepMilliseconds);
+    };
+    lookLater();
     pumpUntil([&] { return next == steps.size() && !QApplication::activeModalWidget(); }, 60);
+    clock.forget();
 }
 
 bool always() {

@@ -15,9 +15,6 @@ class QMenu;
 class QMenuBar;
 class QMessageBox;
 
-// Runs the program until all that was posted, typed and invalidated has been dealt with.
-void settle();
-
 // The modal dialog on top; null if none is open.
 HWND openDialogWindow();
 

@@ -1,7 +1,6 @@
 #include "WindowFixture.h"
 
-#include <QElapsedTimer>
-#include <QTimer>
+#include <QWidget>
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -12,40 +11,56 @@
 #include "link/Link.h"
 #include "model/Blocks.h"
 #include "platform/linux/Layer.h"
-#include "platform/linux/PortTable.h"
-#include "readings/ReadingsModel.h"
-#include "readings/ReadingsPage.h"
 #include "shell/AppState.h"
 #include "shell/Language.h"
 #include "shell/MainWindow.h"
 
 int lastExitCode = -1;
 
+namespace {
+
+constexpr UINT_PTR WakeTimer = 77;
+constexpr UINT WakePeriod = 20;
+
+void CALLBACK wake(HWND, UINT, UINT_PTR, DWORD) {
+}
+
+}  // namespace
+
 bool pumpUntil(const std::function<bool()>& condition, double seconds) {
     const HACCEL accelerators = LoadAcceleratorsA(nullptr, MAKEINTRESOURCEA(IDA_MAIN));
-    QElapsedTimer clock;
-    clock.start();
-    // Wakes a loop that waits for nothing, so that the condition is looked at. Started anew at each round, since posted
-    // messages that came too often would keep all others waiting.
-    QTimer waker;
-    waker.setSingleShot(true);
-    waker.callOnTimeout([] { PostMessageA(GetDesktopWindow(), WM_NULL, 0, 0); });
-    while (!condition()) {
-        if (static_cast<double>(clock.elapsed()) > seconds * 1000) {
-            return false;
-        }
-        waker.start(20);
+    const Moment end = layer::theClock().now() + static_cast<Moment>(seconds * static_cast<double>(Second));
+    // A loop that waits for nothing must look at the condition all the same.
+    SetTimer(GetDesktopWindow(), WakeTimer, WakePeriod, wake);
+    bool running = true;
+    while (running && !condition() && layer::theClock().now() < end) {
         MSG message{};
-        if (!GetMessageA(&message, nullptr, 0, 0)) {
+        running = GetMessageA(&message, nullptr, 0, 0);
+        if (!running) {
             lastExitCode = static_cast<int>(message.wParam);
-            return condition();
-        }
-        if (!TranslateAcceleratorA(message.hwnd, accelerators, &message)) {
+        } else if (!TranslateAcceleratorA(message.hwnd, accelerators, &message)) {
             TranslateMessage(&message);
             DispatchMessageA(&message);
         }
     }
-    return true;
+    KillTimer(GetDesktopWindow(), WakeTimer);
+    return condition();
+}
+
+void settle() {
+    // A program that is busy without a pause never rests.
+    constexpr int Enough = 6;
+    HeldClock& clock = *HeldClock::current();
+    const int before = clock.timesServed();
+    bool rested = false;
+    clock.whenAtRest([&] {
+        rested = true;
+        return PostMessageA(GetDesktopWindow(), WM_NULL, 0, 0) != 0;
+    });
+    EXPECT_TRUE(pumpUntil([&] {
+        return rested || (clock.timesServed() > before + Enough && !layer::nextToPaint() && !clock.hasInput());
+    }));
+    clock.whenAtRest(nullptr);
 }
 
 COLORREF pixelOf(HWND window, int x, int y) {
@@ -125,28 +140,11 @@ std::string hex(const simulator::Bytes& bytes) {
     return text;
 }
 
-void WindowFixture::SetUp() {
-    std::array<char, 24> name{"/tmp/window-test-XXXXXX"};
-    folder = mkdtemp(name.data());
-    usualFolder = std::filesystem::current_path();
-    usualPorts = layer::portDirectory();
-    std::filesystem::create_directory_symlink(LANGUAGE_DIRECTORY, folder / "Lang");
-    std::filesystem::create_directory(folder / "ports");
-    for (int port = 1; port <= layer::PortCount; ++port) {
-        std::filesystem::create_symlink(folder / "nowhere", folder / "ports" / ("COM" + std::to_string(port)));
-    }
-    layer::setPortDirectory(folder / "ports");
-    std::filesystem::current_path(folder);
-}
-
 void WindowFixture::TearDown() {
     if (IsWindow(MainWindow)) {
         closeProgram();
     }
     server.reset();
-    layer::setPortDirectory(usualPorts);
-    std::filesystem::current_path(usualFolder);
-    std::filesystem::remove_all(folder);
 }
 
 void WindowFixture::writeFile(const std::string& name, const std::string& content) const {
@@ -160,7 +158,7 @@ std::string WindowFixture::readFile(const std::string& name) const {
 }
 
 void WindowFixture::writeIni(unsigned port, const std::string& language) const {
-    writeFile("Tarvex.ini", "[Ustawienia]\nCommPort= " + std::to_string(port) + "\nLanguage= " + language + "\n");
+    place.writeIni(port, language);
 }
 
 void WindowFixture::plugController(int family, int firmware) {
@@ -170,8 +168,12 @@ void WindowFixture::plugController(int family, int firmware) {
     config.wirePace = false;
     config.clockRuns = false;
     config.scenario = simulator::Scenario::Idle;
-    config.portLink = folder / "ports/COM1";
-    server = std::make_unique<simulator::Server>(config);
+    plug(config);
+}
+
+void WindowFixture::plug(const simulator::Config& config) {
+    server.reset();
+    server = std::make_unique<HeldController>(*clock, config);
 }
 
 void WindowFixture::setLive(std::size_t byte, std::uint8_t value) {
@@ -195,7 +197,7 @@ bool WindowFixture::untilRead() {
 
 namespace {
 
-std::string framesOf(const std::vector<simulator::LogEntry>& log, bool onlyWrites) {
+std::string framesOf(const simulator::Log& log, bool onlyWrites) {
     std::string all;
     for (const simulator::LogEntry& entry : log) {
         if (entry.isWrite || !onlyWrites) {
@@ -218,9 +220,7 @@ std::string WindowFixture::sent() const {
 }
 
 void WindowFixture::start() {
-    ASSERT_TRUE(CreateMainWindow(nullptr));
-    ShowWindow(MainWindow, SW_SHOWDEFAULT);
-    UpdateWindow(MainWindow);
+    ASSERT_TRUE(startProgram());
 }
 
 void WindowFixture::startIn(const std::string& language, unsigned port) {
@@ -240,23 +240,7 @@ void WindowFixture::startOn(int family, int firmware) {
 int WindowFixture::closeProgram() {
     PostMessageA(MainWindow, WM_CLOSE, 0, 0);
     const int code = RunMessageLoop();
-    PortNumber = 0;
-    LangCode = {};
-    LangTable = {};
-    MainMenu = nullptr;
-    LinkLost = 1;
-    LinkRetries = 0;
-    TimerPeriod = GoodLinkPeriod;
-    ActiveTimerPeriod = 0;
-    IdentBlock = {};
-    LiveBlock = {};
-    ParamBlockA = {};
-    ParamBlockB = {};
-    ParamTickCount = 0;
-    OnGas = 0;
-    LearnRunning = 0;
-    LearnRequested = 0;
-    StatusHold = 0;
+    forgetProgram();
     return code;
 }
 

@@ -10,9 +10,10 @@
 #include <span>
 #include <string>
 
+#include "HeldController.h"
+#include "Program.h"
 #include "platform/Win32.h"
 #include "resources/Ids.h"
-#include "simulator/Server.h"
 
 class QWidget;
 
@@ -30,8 +31,8 @@ constexpr COLORREF Yellow = RGB(255, 255, 0);
 constexpr COLORREF Navy = RGB(0, 0, 128);
 constexpr COLORREF Olive = RGB(128, 128, 0);
 
-// Runs the loop that the program runs, accelerators included, until the condition holds. False when that took too long
-// or the quit message came, whose code is then in lastExitCode.
+// Runs the loop that the program runs, accelerators included, until the condition holds. False when so much time has
+// passed on the clock that is held, or the quit message came, whose code is then in lastExitCode.
 bool pumpUntil(const std::function<bool()>& condition, double seconds = 10);
 extern int lastExitCode;
 
@@ -62,16 +63,22 @@ std::string marked(std::span<const UINT> items, UINT mark);
 // A line of the language in use, as its letters.
 std::string line(size_t number);
 
-// A folder of its own as working directory, with Lang, and with every port leading nowhere.
+// Runs the program until all that was posted, typed and invalidated has been dealt with; no time passes.
+void settle();
+
+// A folder of its own as working directory, with Lang, and with every port leading nowhere. Time is held.
 class WindowFixture : public testing::Test {
 protected:
-    void SetUp() override;
+    WindowFixture() : folder(place.path), clock(std::make_unique<HeldClock>()) {
+    }
     void TearDown() override;
 
     void writeFile(const std::string& name, const std::string& content) const;
     std::string readFile(const std::string& name) const;
     void writeIni(unsigned port, const std::string& language) const;
 
+    // At COM 1, in place of the one there.
+    void plug(const simulator::Config& config);
     // A controller at COM 1 that answers at once and whose engine stands still, so that pictures do too.
     void plugController(int family, int firmware = 5);
     // Makes it show a live byte or hold a cell.
@@ -102,10 +109,8 @@ protected:
     int blackInRow(int row) const;
     RECT statusRow(int row) const;
 
-    std::filesystem::path folder;
-    std::unique_ptr<simulator::Server> server;
-
-private:
-    std::string usualPorts;
-    std::filesystem::path usualFolder;
+    const ProgramFolder place;
+    const std::filesystem::path& folder;
+    std::unique_ptr<HeldClock> clock;
+    std::unique_ptr<HeldController> server;
 };

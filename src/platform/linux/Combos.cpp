@@ -3,7 +3,6 @@
 #include <QAbstractListModel>
 #include <QComboBox>
 #include <QFocusEvent>
-#include <QTimer>
 
 #include "platform/linux/Layer.h"
 
@@ -16,6 +15,8 @@ constexpr DWORD DropDownList = 0x03;
 constexpr DWORD Sorted = 0x0100;
 // The closed box stands this much over its font's cell; the template's height is that of the box with its list.
 constexpr int BoxMargin = 8;
+// A poll of a lost link holds the letters of a search in a list up for a good quarter of a second.
+constexpr Moment LongestPauseInSearch = Second;
 
 // The entries as the program gave them; the letters are made when one is shown, since a list may have hundreds.
 class EntryModel : public QAbstractListModel {
@@ -115,14 +116,24 @@ protected:
                 hidePopup();
                 return true;
             }
+            if (isLetter(key)) {
+                view()->setCurrentIndex(model.index(search(key.text(), view()->currentIndex().row()), 0));
+                return true;
+            }
         }
         return QComboBox::eventFilter(receiver, event);
     }
     void keyPressEvent(QKeyEvent* event) override {
+        byKey = true;
         if (event->key() == Qt::Key_Space) {
             event->ignore();
+        } else if (isLetter(*event)) {
+            const int row = search(event->text(), currentIndex());
+            if (row != currentIndex()) {
+                setCurrentIndex(row);
+                tellChoice();
+            }
         } else {
-            byKey = true;
             QComboBox::keyPressEvent(event);
         }
     }
@@ -147,6 +158,30 @@ protected:
     }
 
 private:
+    static bool isLetter(const QKeyEvent& key) {
+        return !key.text().isEmpty() && key.text().at(0).isPrint() && !key.text().at(0).isSpace() &&
+               !(key.modifiers() & (Qt::ControlModifier | Qt::AltModifier));
+    }
+
+    // The row that begins with what was typed in one go, from the given one on and round; that one if none does. A
+    // first letter, or the same one again, goes on to the next row.
+    int search(const QString& letter, int from) {
+        const Moment now = theClock().now();
+        const bool goesOn = !typed.isEmpty() && now - lastTyped < LongestPauseInSearch;
+        lastTyped = now;
+        const bool repeats = goesOn && typed == letter;
+        typed = goesOn && !repeats ? typed + letter : letter;
+        const int count = model.rowCount();
+        const int first = from + (typed.size() > 1 ? 0 : 1);
+        for (int step = 0; step < count; ++step) {
+            const int row = (std::max(first, 0) + step) % count;
+            if (model.data(model.index(row, 0), Qt::DisplayRole).toString().startsWith(typed, Qt::CaseInsensitive)) {
+                return row;
+            }
+        }
+        return from;
+    }
+
     // A choice follows at once in the same event; without one the list was left.
     void noteHidden() {
         if (!dropped) {
@@ -154,13 +189,14 @@ private:
         }
         dropped = false;
         leaving = true;
-        QTimer::singleShot(0, this, [this] {
+        const auto tellLeft = [this] {
             if (leaving) {
                 leaving = false;
                 notifyParent(window, CBN_SELENDCANCEL);
                 notifyParent(window, CBN_CLOSEUP);
             }
-        });
+        };
+        QMetaObject::invokeMethod(this, tellLeft, Qt::QueuedConnection);
     }
 
     void tellChoice() {
@@ -192,6 +228,8 @@ private:
     bool leaving = false;
     bool byKey = false;
     bool focused = false;
+    QString typed;
+    Moment lastTyped = 0;
 };
 
 ComboBox& boxOf(const Window& window) {

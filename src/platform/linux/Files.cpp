@@ -130,11 +130,10 @@ HANDLE CreateFileA(LPCSTR name, DWORD access, DWORD share, SECURITY_ATTRIBUTES* 
     if (!isDeviceName(name)) {
         return openFile(name, reads, writes);
     }
-    const std::string device = portDevice(name);
-    if (!device.empty() && (!reads || !writes)) {
+    if (portNumber(name) != 0 && (!reads || !writes)) {
         reportUnsupported("port in one direction", QString::fromLocal8Bit(name));
     }
-    return device.empty() ? INVALID_HANDLE_VALUE : openPort(device.c_str());
+    return openPort(name);
 }
 
 BOOL CloseHandle(HANDLE handle) {

@@ -8,8 +8,8 @@ namespace layer {
 // Handles are numbers that are never given out twice, so that one kept too long reaches nothing else.
 HANDLE nextHandle();
 
-// A port by the device behind its name; INVALID_HANDLE_VALUE if it cannot be had for this program alone.
-HANDLE openPort(const char* device);
+// A port by its name; INVALID_HANDLE_VALUE if it cannot be had for this program alone.
+HANDLE openPort(const char* name);
 // False for what is no open port.
 bool closePort(HANDLE handle);
 bool isPort(HANDLE handle);

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "platform/Win32.h"
+#include "platform/linux/Clock.h"
 #include "platform/linux/Standing.h"
 
 namespace layer {
@@ -167,19 +168,16 @@ void showAllDrawing();
 Window* nextToPaint();
 void forgetContexts(const Window& window);
 
-// What GetLocalTime tells from now on, for tests; null: the computer's own time.
-void holdLocalTime(const SYSTEMTIME* time);
-
 // Timers.
 void killTimers(HWND window);
+// Never if there is none.
+Moment nextTimerDue();
 bool takeDueTimer(MSG& message);
 
 // Messages.
 void forgetMessages(HWND window);
 // Runs messages until done() says so or the quit message comes, which is left for the outer loop.
 void runNestedLoop(bool (*done)(void*), void* argument);
-// Runs what is waiting from within a loop of Qt's own, as a question of a file dialog has one.
-void serveWithinQtLoop();
 void installInput();
 // Gives Qt a key that does not pass through the program's loop.
 void handOnDirectly(QWidget& receiver, QKeyEvent& key);
@@ -228,6 +226,9 @@ size_t livingContexts();
 size_t livingTimers();
 
 void installStyle();
+// The carets of all text fields blink by the layer's clock; the style asks whether one shows just now.
+void watchCaret();
+bool caretShown(const QObject* field);
 void reportUnsupported(const char* what, const QString& detail);
 
 }  // namespace layer

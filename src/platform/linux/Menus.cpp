@@ -4,7 +4,6 @@
 #include <QKeyEvent>
 #include <QMenu>
 #include <QMenuBar>
-#include <QTimer>
 #include <algorithm>
 #include <functional>
 #include <unordered_map>
@@ -154,12 +153,13 @@ void watchLoop(QMenuBar& bar, HWND window) {
             }
         });
         QObject::connect(popup, &QMenu::aboutToHide, [window] {
-            QTimer::singleShot(0, [window] {
+            const auto noteEnd = [window] {
                 if (inLoop && !qobject_cast<QMenu*>(QApplication::activePopupWidget())) {
                     inLoop = false;
                     PostMessageA(window, WM_EXITMENULOOP, 0, 0);
                 }
-            });
+            };
+            QMetaObject::invokeMethod(qApp, noteEnd, Qt::QueuedConnection);
         });
     }
 }

@@ -2,10 +2,10 @@
 #include <QAbstractEventDispatcher>
 #include <QApplication>
 #include <QKeyEvent>
-#include <QTimer>
 #include <algorithm>
 #include <deque>
 
+#include "platform/linux/Clock.h"
 #include "platform/linux/Layer.h"
 
 namespace layer {
@@ -177,11 +177,6 @@ bool isKey(UINT message) {
 
 }  // namespace
 
-void installInput() {
-    static auto* filter = new InputFilter;
-    qApp->installEventFilter(filter);
-}
-
 void handOnDirectly(QWidget& receiver, QKeyEvent& key) {
     const bool before = std::exchange(handingOn, true);
     QCoreApplication::sendEvent(&receiver, &key);
@@ -204,7 +199,10 @@ void runNestedLoop(bool (*done)(void*), void* argument) {
     }
 }
 
-void serveWithinQtLoop() {
+namespace {
+
+// Runs what is waiting from within a loop of Qt's own, as a question of a file dialog has one.
+Moment serveWithinQtLoop() {
     MSG message;
     while (takePosted(message) || takePaint(message) || takeDueTimer(message)) {
         DispatchMessageA(&message);
@@ -217,6 +215,15 @@ void serveWithinQtLoop() {
             open->close();
         }
     }
+    return nextTimerDue();
+}
+
+}  // namespace
+
+void installInput() {
+    static auto* filter = new InputFilter;
+    qApp->installEventFilter(filter);
+    serveWithinQtLoops(serveWithinQtLoop);
 }
 
 }  // namespace layer
@@ -260,7 +267,7 @@ BOOL GetMessageA(MSG* message, HWND, UINT, UINT) {
             *message = {nullptr, WM_QUIT, static_cast<WPARAM>(quitCode), 0, 0, {0, 0}};
             return FALSE;
         }
-        QCoreApplication::processEvents(QEventLoop::AllEvents);
+        theClock().serveDesktop();
         if (!posted.empty() || quitting) {
             continue;
         }
@@ -268,7 +275,7 @@ BOOL GetMessageA(MSG* message, HWND, UINT, UINT) {
             return TRUE;
         }
         showAllDrawing();
-        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
+        theClock().waitForDesktop(nextTimerDue());
     }
 }
 
@@ -287,6 +294,11 @@ BOOL TranslateMessage(const MSG* message) {
 LRESULT DispatchMessageA(const MSG* message) {
     if (isKey(message->message)) {
         handOnKey(message->hwnd);
+        return 0;
+    }
+    if (message->message == WM_TIMER && message->lParam != 0) {
+        const auto procedure = reinterpret_cast<TIMERPROC>(message->lParam);
+        procedure(message->hwnd, WM_TIMER, message->wParam, static_cast<DWORD>(theClock().now() / Millisecond));
         return 0;
     }
     return SendMessageA(message->hwnd, message->message, message->wParam, message->lParam);

@@ -1,5 +1,4 @@
 // Scroll bars that are controls.
-#include <QBasicTimer>
 #include <QMouseEvent>
 #include <QScrollBar>
 #include <QStyleOptionSlider>
@@ -12,8 +11,11 @@ namespace layer {
 namespace {
 
 constexpr DWORD ScrollVertical = 0x0001;
-constexpr int RepeatDelay = 400;
-constexpr int RepeatPeriod = 50;
+constexpr UINT_PTR RepeatTimer = 1;
+constexpr UINT RepeatDelay = 400;
+constexpr UINT RepeatPeriod = 50;
+
+void CALLBACK repeatHeld(HWND window, UINT, UINT_PTR, DWORD);
 
 struct ScrollKey {
     int key;
@@ -55,6 +57,11 @@ public:
         return before;
     }
 
+    void repeat() {
+        SetTimer(window, RepeatTimer, RepeatPeriod, repeatHeld);
+        tell(held);
+    }
+
 protected:
     void mousePressEvent(QMouseEvent* event) override {
         if (event->button() != Qt::LeftButton) {
@@ -74,7 +81,7 @@ protected:
                 held = row.code;
                 holding = true;
                 tell(held);
-                repeat.start(RepeatDelay, this);
+                SetTimer(window, RepeatTimer, RepeatDelay, repeatHeld);
             }
         }
     }
@@ -96,7 +103,7 @@ protected:
     }
 
     void mouseReleaseEvent(QMouseEvent*) override {
-        repeat.stop();
+        KillTimer(window, RepeatTimer);
         if (dragging && tracked) {
             tell(SB_THUMBPOSITION, track);
         }
@@ -104,15 +111,6 @@ protected:
             dragging = tracked = holding = false;
             tell(SB_ENDSCROLL);
         }
-    }
-
-    void timerEvent(QTimerEvent* event) override {
-        if (event->timerId() != repeat.timerId()) {
-            QScrollBar::timerEvent(event);
-            return;
-        }
-        repeat.start(RepeatPeriod, this);
-        tell(held);
     }
 
     void keyPressEvent(QKeyEvent* event) override {
@@ -145,7 +143,6 @@ private:
     }
 
     HWND window;
-    QBasicTimer repeat;
     WORD held = 0;
     bool holding = false;
     bool dragging = false;
@@ -153,6 +150,12 @@ private:
     int grip = 0;
     int track = 0;
 };
+
+void CALLBACK repeatHeld(HWND window, UINT, UINT_PTR, DWORD) {
+    if (const Window* bar = layer::find(window)) {
+        static_cast<ScrollBar&>(*bar->outer).repeat();
+    }
+}
 
 }  // namespace
 

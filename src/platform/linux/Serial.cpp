@@ -1,28 +1,24 @@
-// Serial ports over termios. Nothing here can wait without end: every wait has a deadline, and a device that has gone
-// away ends it at once.
-#include <fcntl.h>
-#include <poll.h>
+// Serial ports: handles, time-outs and calls, over the line behind each.
 #include <sched.h>
-#include <sys/file.h>
-#include <sys/ioctl.h>
-#include <termios.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <cstdint>
-#include <ctime>
 #include <limits>
+#include <map>
 
 #include "platform/linux/Handles.h"
 #include "platform/linux/Layer.h"
+#include "platform/linux/Line.h"
+#include "platform/linux/PortTable.h"
+
+namespace layer {
 
 namespace {
 
 struct Port {
     HANDLE handle = nullptr;  // null while the row is free
-    int descriptor = -1;
+    std::unique_ptr<Line> line;
     COMMTIMEOUTS timeouts{};
 };
 
@@ -31,20 +27,10 @@ std::array<Port, 8> Ports;
 
 constexpr COMMTIMEOUTS FreshTimeouts{0, 0, 1000, 0, 1000};
 
-struct Speed {
-    DWORD bitsPerSecond;
-    speed_t code;
-};
-constexpr std::array<Speed, 8> Speeds{{
-    {1200, B1200},
-    {2400, B2400},
-    {4800, B4800},
-    {9600, B9600},
-    {19200, B19200},
-    {38400, B38400},
-    {57600, B57600},
-    {115200, B115200},
-}};
+std::map<int, LineOpener>& heldPorts() {
+    static std::map<int, LineOpener> held;
+    return held;
+}
 
 Port* findOpen(HANDLE handle) {
     if (handle == nullptr) {
@@ -55,67 +41,23 @@ Port* findOpen(HANDLE handle) {
 }
 
 Port* findPort(HANDLE handle) {
-    layer::refusePlainFile(handle);
+    refusePlainFile(handle);
     return findOpen(handle);
 }
 
-Port* findFreeRow() {
-    const auto found = std::ranges::find(Ports, nullptr, &Port::handle);
-    return found == Ports.end() ? nullptr : &*found;
+std::unique_ptr<Line> openLine(const char* name) {
+    const auto held = heldPorts().find(portNumber(name));
+    if (held != heldPorts().end()) {
+        return held->second();
+    }
+    const std::string device = portDevice(name);
+    return device.empty() ? nullptr : openDevice(device.c_str());
 }
 
-int openDevice(const char* path) {
-    int descriptor = -1;
-    do {
-        descriptor = open(path, O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
-    } while (descriptor < 0 && errno == EINTR);
-    return descriptor;
-}
-
-// The flag keeps others from opening the device, but lets the superuser pass; the lock tells those who ask.
-bool takeExclusively(int descriptor) {
-    return isatty(descriptor) == 1 && flock(descriptor, LOCK_EX | LOCK_NB) == 0 && ioctl(descriptor, TIOCEXCL) == 0;
-}
-
-using Nanoseconds = std::int64_t;
-constexpr Nanoseconds NanosecondsPerSecond = 1'000'000'000;
-constexpr Nanoseconds NanosecondsPerMillisecond = 1'000'000;
-
-Nanoseconds now() {
-    timespec time{};
-    clock_gettime(CLOCK_MONOTONIC, &time);
-    return time.tv_sec * NanosecondsPerSecond + time.tv_nsec;
-}
-
-timespec toTimespec(Nanoseconds duration) {
-    return {.tv_sec = duration / NanosecondsPerSecond, .tv_nsec = duration % NanosecondsPerSecond};
-}
-
-Nanoseconds deadlineFor(DWORD constant, DWORD multiplier, DWORD bytes) {
+Moment endOf(DWORD constant, DWORD multiplier, DWORD bytes) {
     constexpr std::uint64_t most = std::numeric_limits<DWORD>::max();
     const std::uint64_t milliseconds = std::min(most, constant + std::uint64_t{multiplier} * bytes);
-    return now() + static_cast<Nanoseconds>(milliseconds) * NanosecondsPerMillisecond;
-}
-
-constexpr int GoneEvents = POLLERR | POLLHUP | POLLNVAL;
-
-// The events that came before the deadline, 0 if none did.
-int waitFor(int descriptor, short events, Nanoseconds deadline) {
-    for (;;) {
-        pollfd request{.fd = descriptor, .events = events, .revents = 0};
-        const timespec rest = toTimespec(std::max<Nanoseconds>(0, deadline - now()));
-        const int ready = ppoll(&request, 1, &rest, nullptr);
-        if (ready >= 0) {
-            return request.revents;
-        }
-        if (errno != EINTR) {
-            return POLLERR;
-        }
-    }
-}
-
-bool tryLater(ssize_t moved) {
-    return moved < 0 && (errno == EAGAIN || errno == EINTR);
+    return theClock().now() + static_cast<Moment>(milliseconds) * Millisecond;
 }
 
 bool onlyPlainFrames(const DCB& state) {
@@ -125,40 +67,23 @@ bool onlyPlainFrames(const DCB& state) {
            state.fRtsControl == RTS_CONTROL_DISABLE;
 }
 
-// Pseudo-terminals have no control lines.
-bool dropControlLines(int descriptor) {
-    const int lines = TIOCM_DTR | TIOCM_RTS;
-    return ioctl(descriptor, TIOCMBIC, &lines) == 0 || errno == ENOTTY || errno == EINVAL;
-}
-
 }  // namespace
 
-namespace layer {
-
-HANDLE openPort(const char* device) {
-    Port* port = findFreeRow();
-    const int descriptor = port == nullptr ? -1 : openDevice(device);
-    if (descriptor < 0) {
+HANDLE openPort(const char* name) {
+    const auto row = std::ranges::find(Ports, nullptr, &Port::handle);
+    std::unique_ptr<Line> line = row == Ports.end() ? nullptr : openLine(name);
+    if (!line) {
         return INVALID_HANDLE_VALUE;
     }
-    if (!takeExclusively(descriptor)) {
-        close(descriptor);
-        return INVALID_HANDLE_VALUE;
-    }
-    *port = {.handle = nextHandle(), .descriptor = descriptor, .timeouts = FreshTimeouts};
-    return port->handle;
+    *row = {nextHandle(), std::move(line), FreshTimeouts};
+    return row->handle;
 }
 
-// Closing a real line would wait for what has not gone out, for up to half a minute. The exclusive flag would outlive
-// us on a device that somebody else holds open, as a pseudo-terminal's owner may.
 bool closePort(HANDLE handle) {
     Port* port = findOpen(handle);
     if (port == nullptr) {
         return false;
     }
-    tcflush(port->descriptor, TCOFLUSH);
-    ioctl(port->descriptor, TIOCNXCL);
-    close(port->descriptor);
     *port = {};
     return true;
 }
@@ -167,29 +92,23 @@ bool isPort(HANDLE handle) {
     return findOpen(handle) != nullptr;
 }
 
+void holdPort(int port, LineOpener open) {
+    if (open) {
+        heldPorts()[port] = std::move(open);
+    } else {
+        heldPorts().erase(port);
+    }
+}
+
 }  // namespace layer
+
+using namespace layer;
 
 BOOL SetCommState(HANDLE handle, DCB* state) {
     const Port* port = findPort(handle);
-    if (port == nullptr || state == nullptr || !onlyPlainFrames(*state)) {
-        return FALSE;
-    }
-    const auto speed = std::ranges::find(Speeds, state->BaudRate, &Speed::bitsPerSecond);
-    termios settings{};
-    if (speed == Speeds.end() || tcgetattr(port->descriptor, &settings) != 0) {
-        return FALSE;
-    }
-    cfmakeraw(&settings);
-    settings.c_iflag &= ~static_cast<tcflag_t>(IXOFF | IXANY | INPCK);
-    settings.c_cflag &= ~static_cast<tcflag_t>(CSTOPB | CRTSCTS | HUPCL);
-    settings.c_cflag |= CLOCAL | CREAD;
-    // With a minimum of 1, a read that finds nothing fails with EAGAIN; 0 bytes then mean that the device has gone.
-    settings.c_cc[VMIN] = 1;
-    settings.c_cc[VTIME] = 0;
-    if (cfsetspeed(&settings, speed->code) != 0 || tcsetattr(port->descriptor, TCSANOW, &settings) != 0) {
-        return FALSE;
-    }
-    return dropControlLines(port->descriptor) ? TRUE : FALSE;
+    return port != nullptr && state != nullptr && onlyPlainFrames(*state) && port->line->configure(state->BaudRate)
+               ? TRUE
+               : FALSE;
 }
 
 BOOL SetCommTimeouts(HANDLE handle, COMMTIMEOUTS* timeouts) {
@@ -211,8 +130,8 @@ BOOL PurgeComm(HANDLE handle, DWORD flags) {
     if (port == nullptr || flags == 0 || (flags & ~(PURGE_TXCLEAR | PURGE_RXCLEAR)) != 0) {
         return FALSE;
     }
-    const bool received = (flags & PURGE_RXCLEAR) == 0 || tcflush(port->descriptor, TCIFLUSH) == 0;
-    const bool unsent = (flags & PURGE_TXCLEAR) == 0 || tcflush(port->descriptor, TCOFLUSH) == 0;
+    const bool received = (flags & PURGE_RXCLEAR) == 0 || port->line->dropReceived();
+    const bool unsent = (flags & PURGE_TXCLEAR) == 0 || port->line->dropUnsent();
     return received && unsent ? TRUE : FALSE;
 }
 
@@ -227,23 +146,24 @@ BOOL ReadFile(HANDLE handle, LPVOID buffer, DWORD bytes, LPDWORD bytesRead, OVER
     if (port == nullptr) {
         return FALSE;
     }
-    layer::showAllDrawing();
+    showAllDrawing();
+    const std::span<BYTE> wanted(static_cast<BYTE*>(buffer), bytes);
     const COMMTIMEOUTS& limits = port->timeouts;
-    const Nanoseconds interval = limits.ReadIntervalTimeout * NanosecondsPerMillisecond;
-    const Nanoseconds end = deadlineFor(limits.ReadTotalTimeoutConstant, limits.ReadTotalTimeoutMultiplier, bytes);
-    Nanoseconds deadline = end;
+    const Moment interval = limits.ReadIntervalTimeout * Millisecond;
+    const Moment end = endOf(limits.ReadTotalTimeoutConstant, limits.ReadTotalTimeoutMultiplier, bytes);
+    Moment deadline = end;
     bool expired = false;
     while (*bytesRead < bytes && !expired) {
-        expired = now() >= deadline;
-        const int events = waitFor(port->descriptor, POLLIN, deadline);
-        if (events == 0) {
+        expired = theClock().now() >= deadline;
+        const Line::State state = port->line->awaitByte(deadline);
+        if (state == Line::State::Quiet) {
             break;
         }
-        const ssize_t got = read(port->descriptor, static_cast<BYTE*>(buffer) + *bytesRead, bytes - *bytesRead);
+        const ssize_t got = port->line->read(wanted.subspan(*bytesRead));
         if (got > 0) {
             *bytesRead += static_cast<DWORD>(got);
-            deadline = interval == 0 ? end : std::min(end, now() + interval);
-        } else if (!tryLater(got) || (events & GoneEvents) != 0) {
+            deadline = interval == 0 ? end : std::min(end, theClock().now() + interval);
+        } else if (got < 0 || state == Line::State::Gone) {
             return FALSE;
         }
     }
@@ -259,25 +179,21 @@ BOOL WriteFile(HANDLE handle, LPCVOID buffer, DWORD bytes, LPDWORD bytesWritten,
     if (port == nullptr) {
         return FALSE;
     }
+    const std::span<const BYTE> given(static_cast<const BYTE*>(buffer), bytes);
     const COMMTIMEOUTS& limits = port->timeouts;
-    const Nanoseconds end = deadlineFor(limits.WriteTotalTimeoutConstant, limits.WriteTotalTimeoutMultiplier, bytes);
+    const Moment end = endOf(limits.WriteTotalTimeoutConstant, limits.WriteTotalTimeoutMultiplier, bytes);
     bool expired = false;
     while (*bytesWritten < bytes && !expired) {
-        expired = now() >= end;
-        const int events = waitFor(port->descriptor, POLLOUT, end);
-        if ((events & GoneEvents) != 0) {
-            return FALSE;
-        }
-        if (events == 0) {
+        expired = theClock().now() >= end;
+        const Line::State state = port->line->awaitRoom(end);
+        if (state == Line::State::Quiet) {
             break;
         }
-        const ssize_t sent =
-            write(port->descriptor, static_cast<const BYTE*>(buffer) + *bytesWritten, bytes - *bytesWritten);
-        if (sent > 0) {
-            *bytesWritten += static_cast<DWORD>(sent);
-        } else if (!tryLater(sent)) {
+        const ssize_t sent = state == Line::State::Gone ? -1 : port->line->write(given.subspan(*bytesWritten));
+        if (sent < 0) {
             return FALSE;
         }
+        *bytesWritten += static_cast<DWORD>(sent);
     }
     return TRUE;
 }
@@ -287,8 +203,6 @@ void Sleep(DWORD milliseconds) {
         sched_yield();
         return;
     }
-    layer::showAllDrawing();
-    const timespec end = toTimespec(now() + milliseconds * NanosecondsPerMillisecond);
-    while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &end, nullptr) == EINTR) {
-    }
+    showAllDrawing();
+    theClock().waitUntil(theClock().now() + milliseconds * Millisecond);
 }

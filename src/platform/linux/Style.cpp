@@ -91,6 +91,10 @@ public:
             case PM_MenuBarVMargin:
             case PM_MenuBarPanelWidth:
                 return 0;
+            case PM_TextCursorWidth:
+                return caretShown(option ? option->styleObject : nullptr)
+                           ? QProxyStyle::pixelMetric(metric, option, widget)
+                           : 0;
             default:
                 return QProxyStyle::pixelMetric(metric, option, widget);
         }
@@ -122,8 +126,8 @@ void installStyle() {
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("/dev/null"));
     // The style keeps its pictures of controls apart for each widget, which pages make anew again and again.
     QPixmapCache::setCacheLimit(PictureCacheKilobytes);
-    // A poll of a lost link holds the letters of a search in a list up for a good quarter of a second.
-    QApplication::setKeyboardInputInterval(1000);
+    QApplication::setCursorFlashTime(0);
+    watchCaret();
 }
 
 // What the layer does not know is a fault of the program, not of its user.

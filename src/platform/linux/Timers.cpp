@@ -1,10 +1,8 @@
 // Timers: each is at most one pending message, however late the program is.
-#include <QObject>
-#include <QThread>
-#include <QTimerEvent>
 #include <algorithm>
 #include <list>
 
+#include "platform/linux/Clock.h"
 #include "platform/linux/Layer.h"
 
 namespace layer {
@@ -16,45 +14,21 @@ constexpr UINT ShortestPeriod = 10;
 struct Timer {
     HWND window;
     UINT_PTR id;
-    int qtTimer;
-    bool due;
+    TIMERPROC procedure;
+    Moment period;
+    Moment due;
 };
 
-// In the order in which they came due.
+// In the order in which they were set.
 std::list<Timer> timers;
 
-class Ticker : public QObject {
-protected:
-    void timerEvent(QTimerEvent* event) override {
-        const auto rung = std::ranges::find(timers, event->timerId(), &Timer::qtTimer);
-        if (rung != timers.end() && !rung->due) {
-            rung->due = true;
-            timers.splice(timers.end(), timers, rung);
-        }
-        // The layer's own loops take events without running one of Qt's.
-        if (QThread::currentThread()->loopLevel() > 0) {
-            serveWithinQtLoop();
-        }
-    }
-};
-
-Ticker& ticker() {
-    static Ticker* ticking = new Ticker;
-    return *ticking;
-}
-
-bool belongsTo(const Timer& timer, HWND window, UINT_PTR id) {
-    return timer.window == window && timer.id == id;
+auto nextOne() {
+    return std::ranges::min_element(timers, {}, &Timer::due);
 }
 
 }  // namespace
 
 void killTimers(HWND window) {
-    for (const Timer& timer : timers) {
-        if (timer.window == window) {
-            ticker().killTimer(timer.qtTimer);
-        }
-    }
     timers.remove_if([&](const Timer& timer) { return timer.window == window; });
 }
 
@@ -62,13 +36,19 @@ size_t livingTimers() {
     return timers.size();
 }
 
+Moment nextTimerDue() {
+    return timers.empty() ? Never : nextOne()->due;
+}
+
+// What has come due meanwhile is not made up for: the next moment is the first one to come on the timer's own beat.
 bool takeDueTimer(MSG& message) {
-    const auto due = std::ranges::find(timers, true, &Timer::due);
-    if (due == timers.end()) {
+    const Moment now = theClock().now();
+    if (nextTimerDue() > now) {
         return false;
     }
-    due->due = false;
-    message = {due->window, WM_TIMER, due->id, 0, 0, {0, 0}};
+    Timer& timer = *nextOne();
+    timer.due += timer.period * (1 + (now - timer.due) / timer.period);
+    message = {timer.window, WM_TIMER, timer.id, reinterpret_cast<LPARAM>(timer.procedure), 0, {0, 0}};
     return true;
 }
 
@@ -77,21 +57,15 @@ bool takeDueTimer(MSG& message) {
 using namespace layer;
 
 UINT_PTR SetTimer(HWND window, UINT_PTR id, UINT milliseconds, TIMERPROC procedure) {
-    if (procedure || !find(window)) {
+    if (!find(window)) {
         return 0;
     }
     KillTimer(window, id);
-    const auto period = static_cast<int>(std::max(milliseconds, ShortestPeriod));
-    timers.push_back({window, id, ticker().startTimer(period, Qt::PreciseTimer), false});
+    const Moment period = std::max(milliseconds, ShortestPeriod) * Millisecond;
+    timers.push_back({window, id, procedure, period, theClock().now() + period});
     return id;
 }
 
 BOOL KillTimer(HWND window, UINT_PTR id) {
-    const auto found = std::ranges::find_if(timers, [&](const Timer& timer) { return belongsTo(timer, window, id); });
-    if (found == timers.end()) {
-        return FALSE;
-    }
-    ticker().killTimer(found->qtTimer);
-    timers.erase(found);
-    return TRUE;
+    return timers.remove_if([&](const Timer& timer) { return timer.window == window && timer.id == id; }) > 0;
 }

@@ -1,0 +1,79 @@
+// A simulated controller at the far end of a line in the test's own thread and time: the same pace, faults and log as
+// on a pseudo-terminal.
+#pragma once
+
+#include <functional>
+#include <vector>
+
+#include "HeldClock.h"
+#include "simulator/Responder.h"
+
+class HeldLine;
+
+class HeldController : public HeldClock::Source {
+public:
+    // Plugs it in as this port. The configuration's link is not used.
+    HeldController(HeldClock& clock, const simulator::Config& config, int port = 1);
+    ~HeldController() override;
+    HeldController(const HeldController&) = delete;
+    HeldController& operator=(const HeldController&) = delete;
+
+    // The device goes away in the middle of whatever runs, and comes back.
+    void unplug();
+    bool replug();
+    bool isPlugged() const {
+        return plugged;
+    }
+    // Whether the program holds the port.
+    bool isOpen() const {
+        return user != nullptr;
+    }
+
+    // The controller, with its engine brought up to now.
+    template <typename Use>
+    auto with(Use&& use) {
+        responder.advance(seconds());
+        return use(responder.controller);
+    }
+    void addFault(const simulator::FaultRule& rule) {
+        responder.faults.add(rule);
+    }
+    void clearFaults() {
+        responder.faults.clear();
+    }
+    const simulator::Log& log() const {
+        return responder.log;
+    }
+    void clearLog() {
+        responder.log.clear();
+    }
+    // Called for each request as soon as it is written, with its reply.
+    void observe(std::function<void(const simulator::LogEntry&)> observer) {
+        responder.observe(std::move(observer));
+    }
+    // Called for what the program writes in one go, and for each byte that arrives at it.
+    void observeBytes(std::function<void(std::span<const BYTE>)> whenWritten, std::function<void(BYTE)> whenArrived) {
+        written = std::move(whenWritten);
+        arrived = std::move(whenArrived);
+    }
+    // Whether bytes are still on their way to the program.
+    bool isBusy() const {
+        return responder.bytesToCome() > 0 || !plugged;
+    }
+
+    Moment next() const override;
+    void happen() override;
+
+private:
+    friend class HeldLine;
+    double seconds() const;
+
+    HeldClock& clock;
+    const int port;
+    simulator::Responder responder;
+    std::function<void(std::span<const BYTE>)> written;
+    std::function<void(BYTE)> arrived;
+    HeldLine* user = nullptr;
+    bool plugged = true;
+    double plugAt = simulator::Never;
+};

@@ -1,0 +1,326 @@
+#include <QApplication>
+#include <QFileDialog>
+#include <algorithm>
+#include <array>
+
+#include "TuningBytes.h"
+#include "link/Link.h"
+#include "model/Blocks.h"
+#include "resources/Ids.h"
+#include "scope/OscilloscopePage.h"
+#include "shell/AppState.h"
+#include "tuning/TuningState.h"
+#include "walk/Walk.h"
+
+namespace walk {
+
+namespace {
+
+constexpr Moment EnoughTime = Second;
+constexpr unsigned CommandCell = 30;
+
+// What a place may ask for at a poll, and a control by which each dialog is known from those below it.
+struct PlaceRow {
+    Place place;
+    const char* name;
+    int control;
+    std::vector<unsigned> reads;
+};
+
+const std::vector<PlaceRow> Places = {
+    {Place::Readings, "Readings", 0, {1, 2, 3, 4}},
+    {Place::Configuration, "Configuration", 0, {1, 2, 3, 4}},
+    {Place::Options, "Options", 0, {1, 2, 3, 4}},
+    {Place::Diagram, "Diagram", 0, {}},
+    {Place::Reset, "Reset", 0, {}},
+    {Place::Oscilloscope, "Oscilloscope", 0, {1, 2, 3}},
+    {Place::Controller, "Controller information", IDC_INFO_VERSION, {1, 5}},
+    {Place::Emulation, "Emulation", IDC_EMULATION_HI_LABEL, {1, 3}},
+    {Place::GasLevel, "Gas level", IDC_GAS_FACTORY, {1, 3, 5}},
+    {Place::Corrections, "Corrections", IDC_CORRECTION_DO_HIGH_LABEL, {1, 3, 5}},
+    {Place::About, "About", IDC_ABOUT_NAME, {}},
+    {Place::Port, "RS 232", IDC_PORTS, {}},
+};
+
+const PlaceRow& rowOf(Place place) {
+    return *std::ranges::find(Places, place, &PlaceRow::place);
+}
+
+// What a control may write outside the lists and boxes of the tuning pages: these cells, and only this value if there
+// is one.
+struct Writer {
+    Place place;
+    int control;
+    std::vector<unsigned> cells;
+    int value = -1;
+};
+
+std::vector<unsigned> cells(unsigned first, unsigned last) {
+    std::vector<unsigned> all;
+    for (unsigned cell = first; cell <= last; ++cell) {
+        all.push_back(cell);
+    }
+    return all;
+}
+
+const std::vector<Writer> Writers = {
+    {Place::Readings, IDC_LEARN, {CommandCell}, 50},
+    {Place::Reset, IDC_RESET_BUTTON, cells(5, 29)},
+    {Place::Reset, IDC_RESET_BUTTON, cells(31, 37)},
+    {Place::Reset, IDC_RESET_BUTTON, {CommandCell}, 51},
+    {Place::Reset, IDC_RESET_BUTTON, {49}},
+    {Place::Controller, IDC_INFO_REGISTRATION_BUTTON, cells(42, 48)},
+    {Place::Controller, IDC_INFO_HOURS_BUTTON, {38, 39, 49}, 0},
+    {Place::Controller, IDC_INFO_DATE_BUTTON, {40, 41}},
+    {Place::Emulation, IDC_EMULATION_HI, {10}},
+    {Place::Emulation, IDC_EMULATION_LO, {11}},
+    {Place::GasLevel, IDC_GAS_SENSOR_TYPE, {5}},
+    {Place::GasLevel, IDC_GAS_FACTORY, cells(33, 36)},
+    {Place::GasLevel, IDC_GAS_FACTORY, {CommandCell}, 52},
+    {Place::GasLevel, IDC_GAS_PROG1_BAR, {33}},
+    {Place::GasLevel, IDC_GAS_PROG2_BAR, {34}},
+    {Place::GasLevel, IDC_GAS_PROG3_BAR, {35}},
+    {Place::GasLevel, IDC_GAS_PROG4_BAR, {36}},
+    {Place::Corrections, IDC_CORRECTION_BJ_LOW, {12}},
+    {Place::Corrections, IDC_CORRECTION_BJ_HIGH, {12}},
+    {Place::Corrections, IDC_CORRECTION_DO_LOW, {13}},
+    {Place::Corrections, IDC_CORRECTION_DO_HIGH, {13}},
+};
+
+// The byte of which a masked control changes some bits.
+unsigned heldByte(int cell) {
+    return cell == 5 ? ParamBlockA[1] : cell == 6 ? ParamBlockA[2] : ParamBlockA[5];
+}
+
+// Whether one of the row's entries writes this value to this cell.
+bool entryWrites(const Entries& row, unsigned cell, unsigned value) {
+    const auto first = static_cast<unsigned>(row.cell);
+    if (cell != first && !(row.twoCells && cell == first + 1)) {
+        return false;
+    }
+    if (cell == first && row.mask != 0 && ((value ^ heldByte(row.cell)) & ~row.mask & 0xFF) != 0) {
+        return false;
+    }
+    const unsigned seen = cell == first && row.mask != 0 ? value & row.mask : value;
+    return std::ranges::any_of(row.values, [&](unsigned entry) {
+        const unsigned byte = cell == first ? entry & 0xFF : entry >> 8;
+        return byte == seen;
+    });
+}
+
+bool isTuningPlace(Place place) {
+    return place == Place::Configuration || place == Place::Options || place == Place::Emulation ||
+           place == Place::GasLevel || place == Place::Corrections;
+}
+
+const layer::Window* dialogOnTop() {
+    for (const layer::Window* window : layer::topLevels()) {
+        if (window->modal && !window->ended) {
+            return window;
+        }
+    }
+    return nullptr;
+}
+
+std::string hex(std::span<const BYTE> bytes) {
+    std::string text;
+    for (const BYTE byte : bytes) {
+        std::array<char, 4> digits{};
+        std::snprintf(digits.data(), digits.size(), " %02X", byte);
+        text += digits.data();
+    }
+    return text;
+}
+
+}  // namespace
+
+// A page reads while it is made, before AppPage names it.
+Place pageOnTop() {
+    return GetDlgItem(PageWindow, IDC_SCOPE_CURSOR) ? Place::Oscilloscope : static_cast<Place>(AppPage);
+}
+
+Place placeOnTop() {
+    const layer::Window* dialog = dialogOnTop();
+    for (const PlaceRow& row : Places) {
+        if (dialog && row.control != 0 && GetDlgItem(dialog->handle, row.control)) {
+            return row.place;
+        }
+    }
+    return pageOnTop();
+}
+
+const char* nameOf(Place place) {
+    return rowOf(place).name;
+}
+
+bool boxOnTop() {
+    const QWidget* modal = QApplication::activeModalWidget();
+    const layer::Window* dialog = dialogOnTop();
+    return modal && !(dialog && dialog->outer == modal);
+}
+
+bool fileDialogOnTop() {
+    return qobject_cast<QFileDialog*>(QApplication::activeModalWidget()) != nullptr;
+}
+
+Watch::Watch(HeldClock& held, Line& watched) : clock(held), line(watched) {
+    for (const auto& controller : line.controllers) {
+        controller->observeBytes([this](std::span<const BYTE> bytes) { takeRequest(bytes); },
+                                 [this](BYTE byte) { takeByte(byte); });
+    }
+}
+
+void Watch::fail(const std::string& what) {
+    if (fault.empty()) {
+        fault = std::string("at ") + nameOf(placeOnTop()) + ": " + what;
+    }
+}
+
+void Watch::takeByte(BYTE value) {
+    const auto moment = static_cast<std::uint64_t>(clock.now() - HeldClock::Start);
+    for (int shift = 0; shift < 64; shift += 8) {
+        digest = (digest ^ (moment >> shift & 0xFF)) * 0x100000001B3;
+    }
+    digest = (digest ^ value) * 0x100000001B3;
+}
+
+void Watch::noteInput(const layer::Window* met) {
+    touched.insert({placeOnTop(), met ? met->id : 0});
+    fileFlow = fileFlow || boxOnTop();
+}
+
+void Watch::takeRequest(std::span<const BYTE> frame) {
+    for (const BYTE byte : frame) {
+        takeByte(byte);
+    }
+    if (frame.size() != 4 || frame[0] != 0x65 || frame[3] != static_cast<BYTE>(frame[0] + frame[1] + frame[2])) {
+        fail("no frame:" + hex(frame));
+        return;
+    }
+    const unsigned lastCommand = ControllerFamily == 2 ? 4 : 5;
+    if (frame[1] == frame[2] && frame[1] <= lastCommand) {
+        lastFrame = clock.now();
+        if (!mayRead(frame[1])) {
+            fail("a read that nothing here asks for:" + hex(frame));
+        }
+        return;
+    }
+    lastWrite = clock.now();
+    const unsigned cell = frame[1] - (ControllerFamily == 4 ? 1u : 0u);
+    if (!mayWrite(cell, frame[2])) {
+        fail("a write that no input may cause:" + hex(frame));
+    }
+}
+
+bool Watch::mayRead(unsigned command) const {
+    // Saving, loading and the reset read all blocks.
+    if (fileFlow || touched.contains({Place::Reset, IDC_RESET_BUTTON})) {
+        return true;
+    }
+    const Place top = placeOnTop();
+    const Place asking = top == Place::Port ? pageOnTop() : top;
+    return std::ranges::count(rowOf(asking).reads, command) > 0;
+}
+
+bool Watch::mayWrite(const Touch& touch, unsigned cell, BYTE value) const {
+    const bool configuration = touch.place == Place::Configuration;
+    if (configuration || touch.place == Place::Options) {
+        // All versions of the firmware write alike.
+        const auto rows = configuration ? configurationEntries(ControllerFamily) : optionsEntries(ControllerFamily, 5);
+        return std::ranges::any_of(
+            rows, [&](const Entries& row) { return row.id == touch.control && entryWrites(row, cell, value); });
+    }
+    return std::ranges::any_of(Writers, [&](const Writer& row) {
+        return row.place == touch.place && row.control == touch.control && std::ranges::count(row.cells, cell) > 0 &&
+               (row.value < 0 || row.value == value);
+    });
+}
+
+bool Watch::mayWrite(unsigned cell, BYTE value) const {
+    const layer::Window* focus = desktop::focusedWindow();
+    return (fileFlow && cell >= 5 && cell <= 37 && cell != CommandCell) ||
+           (!touched.empty() && focus && mayWrite({placeOnTop(), focus->id}, cell, value)) ||
+           std::ranges::any_of(touched, [&](const Touch& touch) { return mayWrite(touch, cell, value); });
+}
+
+void Watch::lookAtRest() {
+    const Place top = placeOnTop();
+    const State state{top, PageWindow, desktop::openList(), CursorMode, PortNumber};
+    if (state != before) {
+        before = state;
+        changed = clock.now();
+    }
+    checkFlags();
+    checkSound();
+    if (!clock.hasInput()) {
+        touched.clear();
+        fileFlow = boxOnTop();
+    }
+}
+
+void Watch::checkFlags() {
+    const Place top = placeOnTop();
+    const auto expect = [&](const char* name, int flag, bool wanted) {
+        if (flag != (wanted ? 1 : 0)) {
+            fail(std::string(name) + " is " + std::to_string(flag));
+        }
+    };
+    expect("DialogPause", DialogPause, top == Place::About || top == Place::Controller);
+    expect("TuningDialogOpen", TuningDialogOpen, top == Place::Emulation || top == Place::GasLevel);
+    expect("CorrectionsDialogOpen", CorrectionsDialogOpen, top == Place::Corrections);
+    // A choice by key in an open list clears it.
+    const bool listOpen = isTuningPlace(top) && desktop::openList();
+    if (ComboOpen != 0 && !listOpen) {
+        fail("ComboOpen is set and no list is open");
+    }
+}
+
+void Watch::checkSound() {
+    const Moment now = clock.now();
+    const Place top = placeOnTop();
+    const Place asking = top == Place::Port ? pageOnTop() : top;
+    const Moment since = std::max(line.soundSince(), changed);
+    if (line.soundSince() == layer::Never || now - since < 2 * EnoughTime || line.inUse()->isBusy() ||
+        rowOf(asking).reads.empty() || desktop::openList() || (asking == Place::Oscilloscope && CursorMode != 0)) {
+        return;
+    }
+    // A held bar keeps its dialog off the link.
+    if (now - lastFrame > EnoughTime && asking != Place::GasLevel) {
+        fail("no poll for a second");
+    }
+    if (now - lastWrite > EnoughTime && now - changed > EnoughTime) {
+        checkControls();
+    }
+}
+
+void Watch::checkControls() {
+    const Place top = placeOnTop();
+    if (top != Place::Configuration && top != Place::Options) {
+        return;
+    }
+    line.inUse()->with([&](simulator::Controller& controller) {
+        const simulator::Bytes blockA = controller.block(3);
+        if (!std::equal(blockA.begin(), blockA.end(), ParamBlockA.begin()) ||
+            !std::ranges::equal(controller.block(4), ParamBlockB)) {
+            fail("the mirrors are not what the controller holds");
+        }
+    });
+    for (const Shown& row : top == Place::Configuration ? OnConfiguration : OnOptions) {
+        const HWND control = GetDlgItem(PageWindow, row.id);
+        // Which values these lists have hangs on the sensor.
+        const bool other =
+            (top == Place::Configuration ? row.id == IDC_CONFIG_LAMBDA_POINT : row.id == IDC_OPTIONS_JUMP_VOLTS) &&
+            ParamBlockA[2] != 0;
+        if ((row.family != 0 && row.family != ControllerFamily) || other || !IsWindowEnabled(control)) {
+            continue;
+        }
+        const bool isList = layer::find(control)->kind == layer::Kind::Combo;
+        const auto shown = static_cast<int>(SendMessageA(control, isList ? CB_GETCURSEL : BM_GETCHECK, 0, 0));
+        if (shown != row.entry(*row.byte)) {
+            fail("control " + std::to_string(row.id) + " shows " + std::to_string(shown) + " for " +
+                 std::to_string(*row.byte));
+        }
+    }
+}
+
+}  // namespace walk
