@@ -34,12 +34,6 @@ bool listOpen() {
     return SendMessageA(combo(), CB_GETDROPPEDSTATE, 0, 0) != 0;
 }
 
-void roll(QWidget& target) {
-    QWheelEvent wheel(QPointF(5, 5), QPointF(5, 5), QPoint(), QPoint(0, -120), Qt::NoButton, Qt::NoModifier,
-                      Qt::NoScrollPhase, false);
-    QApplication::sendEvent(&target, &wheel);
-}
-
 }  // namespace
 
 // A dialog with a combo box, a default button and a hidden button; its procedure only notes what it is told.
@@ -97,14 +91,16 @@ TEST_F(Controls, AComboBoxTellsWhatItsUserDoes) {
         {"type7", [] { type(u'7'); }},
         {"type1", [] { type(u'1'); }},
         {"type5", [] { type(u'5'); }},
-        {"click2", [] { clickEntry(combo(), 2); }},
-        {"click4", [] { clickEntry(combo(), 4); }},
-        {"hover5", [] { pointAt(combo(), 5); }},
+        {"click2", [] { clickEntry(2); }},
+        {"click4", [] { clickEntry(4); }},
+        {"hover5", [] { pointAt(5); }},
         // In the dialog's window, where its box and its buttons do not reach.
         {"click-beside",
-         [] { QTest::mouseClick(widgetOf(openDialogWindow())->windowHandle(), Qt::LeftButton, {}, QPoint(4, 4)); }},
-        {"wheel", [] { roll(boxOf(combo())); }},
-        {"wheel-list", [] { roll(*boxOf(combo()).view()->viewport()); }},
+         [] {
+             clickAt(openDialogWindow(), {4, 4});
+         }},
+        {"wheel", [] { roll(combo(), -1); }},
+        {"wheel-list", [] { roll(combo(), -1); }},
         {"CB_SETCURSEL7", [] { SendMessageA(combo(), CB_SETCURSEL, 7, 0); }},
         {"CB_SETCURSEL99", [] { EXPECT_EQ(SendMessageA(combo(), CB_SETCURSEL, 99, 0), CB_ERR); }},
         {"CB_ADDSTRING", [] { SendMessageA(combo(), CB_ADDSTRING, 0, reinterpret_cast<LPARAM>("new")); }},
@@ -149,7 +145,7 @@ TEST_F(Controls, AComboBoxTellsWhatItsUserDoes) {
             }
             EXPECT_EQ(selection(), CB_ERR) << "none until one is made";
             EXPECT_EQ(SendMessageA(combo(), CB_SETCURSEL, 2, 0), 2);
-            widgetOf(combo())->setFocus();
+            SetFocus(combo());
             settle();
             told.clear();
             seen.clear();
@@ -172,9 +168,7 @@ TEST_F(Controls, AComboBoxTellsWhatItsUserDoes) {
 
 TEST_F(Controls, ADialogTakesItsKeys) {
     QImage asDefault;
-    const auto focused = [](int id) {
-        return [=] { return widgetOf(GetDlgItem(openDialogWindow(), id))->hasFocus(); };
-    };
+    const auto focused = [](int id) { return [=] { return GetFocus() == GetDlgItem(openDialogWindow(), id); }; };
     const auto told = [](const char* command) {
         return [=] { return std::ranges::count(seen, WM_COMMAND, &Seen::message) > 0 && commands() == command; };
     };
@@ -204,7 +198,7 @@ TEST_F(Controls, ADialogTakesItsKeys) {
               {"the window's own button", told("2 "),
                [&] {
                    EnableWindow(GetDlgItem(openDialogWindow(), IDC_CLOSE), FALSE);
-                   widgetOf(combo())->setFocus();
+                   SetFocus(combo());
                    enter();
                    escape();
                }},

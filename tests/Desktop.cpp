@@ -3,7 +3,6 @@
 #include <QAbstractItemView>
 #include <QAction>
 #include <QApplication>
-#include <QComboBox>
 #include <QMenu>
 #include <QMenuBar>
 #include <QTest>
@@ -22,40 +21,38 @@ using layer::Window;
 QPointer<QWindow> pressedIn;
 Qt::MouseButtons buttons;
 
-int stamp() {
-    return static_cast<int>(HeldClock::current()->now() / Millisecond);
+// In real time there is nothing to wait for.
+void hand(std::function<void()> input) {
+    HeldClock* clock = HeldClock::current();
+    clock ? clock->put(std::move(input)) : input();
 }
 
 QWidget* windowWidgetAt(QPoint place) {
-    if (QWidget* popup = QApplication::activePopupWidget()) {
-        return popup->window();
-    }
-    QWidget* const modal = QApplication::activeModalWidget();
-    if (modal && modal->geometry().contains(place)) {
-        return modal;
-    }
-    for (const Window* window : layer::topLevels()) {
-        if (window->visible && window->outer && window->outer->geometry().contains(place)) {
-            return window->outer;
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    QWidget* found = nullptr;
+    for (QWidget* window : windows) {
+        const bool above = !found || window->windowType() == Qt::ToolTip || window->windowType() == Qt::Popup ||
+                           (window->windowType() == Qt::Dialog && found->windowType() == Qt::Window);
+        if (window->isVisible() && window->geometry().contains(place) && above) {
+            found = window;
         }
     }
-    return nullptr;
+    return found;
 }
 
 void sendMouse(QPoint at, Qt::MouseButton button, QEvent::Type type) {
+    const QWidget* widget = windowWidgetAt(at);
     if (type == QEvent::MouseButtonPress && !buttons) {
-        const QWidget* widget = windowWidgetAt(at);
         pressedIn = widget ? widget->windowHandle() : nullptr;
     }
     buttons.setFlag(button, type == QEvent::MouseButtonPress);
-    const QWidget* widget = windowWidgetAt(at);
     QPointer<QWindow> target = pressedIn ? pressedIn.data() : widget ? widget->windowHandle() : nullptr;
     if (type == QEvent::MouseButtonRelease && !buttons) {
         pressedIn = nullptr;
     }
     const Qt::MouseButtons held = buttons;
-    const int when = stamp();
-    HeldClock::current()->put([=] {
+    const auto when = static_cast<int>(layer::theClock().now() / Millisecond);
+    hand([=] {
         if (target) {
             qt_handleMouseEvent(target, target->mapFromGlobal(at), at, held, button, type, Qt::NoModifier, when);
         }
@@ -64,7 +61,7 @@ void sendMouse(QPoint at, Qt::MouseButton button, QEvent::Type type) {
 
 void sendKey(const Key& key, QEvent::Type type, bool isRepeat) {
     QPointer<QWindow> focus = QGuiApplication::focusWindow();
-    HeldClock::current()->put([=] {
+    hand([=] {
         if (focus) {
             qt_handleKeyEvent(focus, type, key.key, key.modifiers, key.text, isRepeat);
         }
@@ -122,14 +119,14 @@ void releaseButton(QPoint at, Qt::MouseButton button) {
 }
 
 void rollWheel(QPoint at, int notches) {
-    QWidget* const top = windowWidgetAt(at);
-    const QPointer<QWidget> under = top ? top->childAt(top->mapFromGlobal(at)) : nullptr;
-    HeldClock::current()->put([=] {
-        if (under) {
-            QWheelEvent wheel(under->mapFromGlobal(at), at, QPoint(), QPoint(0, 120 * notches), Qt::NoButton,
+    const QWidget* const top = windowWidgetAt(at);
+    const QPointer<QWindow> window = top ? top->windowHandle() : nullptr;
+    hand([=] {
+        if (window) {
+            QWheelEvent wheel(window->mapFromGlobal(QPointF(at)), at, QPoint(), QPoint(0, 120 * notches), Qt::NoButton,
                               Qt::NoModifier, Qt::NoScrollPhase, false);
             QSpontaneKeyEvent::setSpontaneous(&wheel);
-            qApp->notify(under, &wheel);
+            qApp->notify(window, &wheel);
         }
     });
 }
@@ -143,29 +140,29 @@ void releaseKey(const Key& key) {
 }
 
 Window* windowAt(QPoint place) {
-    if (QApplication::activePopupWidget()) {
-        return openList();
+    if (layer::capture()) {
+        return layer::find(layer::capture());
     }
     Window* top = windowOf(windowWidgetAt(place));
     return top ? innermost(*top, place) : nullptr;
 }
 
 Window* focusedWindow() {
-    const QWidget* widget = QApplication::focusWidget();
-    Window* found = nullptr;
-    for (; widget && !found; widget = widget->parentWidget()) {
-        found = windowOf(widget);
-    }
-    return found;
+    return layer::find(GetFocus());
 }
 
 Window* openList() {
-    const QWidget* popup = QApplication::activePopupWidget();
-    return popup ? windowOf(qobject_cast<QComboBox*>(popup->parentWidget())) : nullptr;
+    return layer::find(layer::openList());
 }
 
-bool menuIsOpen() {
-    return qobject_cast<QMenu*>(QApplication::activePopupWidget()) != nullptr;
+QMenu* openMenu() {
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+        auto* menu = qobject_cast<QMenu*>(window);
+        if (menu && menu->isVisible()) {
+            return menu;
+        }
+    }
+    return nullptr;
 }
 
 std::vector<QPoint> barItems() {
@@ -178,21 +175,17 @@ std::vector<QPoint> barItems() {
 }
 
 std::vector<QPoint> menuItems() {
-    const auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    const QMenu* menu = openMenu();
     return menu ? middlesOf(menu->actions(), *menu) : std::vector<QPoint>();
 }
 
 std::vector<QPoint> listEntries() {
     std::vector<QPoint> places;
-    const Window* combo = openList();
-    if (!combo) {
-        return places;
-    }
-    const QAbstractItemView& view = *static_cast<QComboBox&>(*combo->outer).view();
-    for (int row = 0; row < view.model()->rowCount(); ++row) {
-        const QRect place = view.visualRect(view.model()->index(row, 0));
-        if (view.viewport()->rect().contains(place.center())) {
-            places.push_back(view.viewport()->mapToGlobal(place.center()));
+    const QAbstractItemView* view = layer::openListView();
+    for (int row = 0; view && row < view->model()->rowCount(); ++row) {
+        const QRect place = view->visualRect(view->model()->index(row, 0));
+        if (view->viewport()->rect().contains(place.center())) {
+            places.push_back(view->viewport()->mapToGlobal(place.center()));
         }
     }
     return places;

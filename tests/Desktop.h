@@ -4,10 +4,11 @@
 
 #include <QPoint>
 #include <QString>
-#include <optional>
 #include <vector>
 
 #include "platform/linux/Layer.h"
+
+class QMenu;
 
 namespace desktop {
 
@@ -28,7 +29,8 @@ layer::Window* windowAt(QPoint place);
 layer::Window* focusedWindow();
 // The combo box whose list is open.
 layer::Window* openList();
-bool menuIsOpen();
+// The popup of the menu that is open; null if none is.
+QMenu* openMenu();
 
 // The middles of what can be clicked, on the screen: the items of the menu bar and of the open menu, those entries of
 // the open list that show, a control.

@@ -165,18 +165,23 @@ TEST_F(Diagram, TheMouseScrollsByTheBars) {
                                        {QStyle::SC_ScrollBarAddPage, 60},
                                        {QStyle::SC_ScrollBarSubLine, 50},
                                        {QStyle::SC_ScrollBarSubPage, 1}}) {
-            QTest::mouseClick(&widget, Qt::LeftButton, {}, middleOf(bar(axis), part));
+            clickAt(bar(axis), middleOf(bar(axis), part));
             EXPECT_EQ(offset(axis), to) << axis << " part " << part;
         }
         const QPoint grip = middleOf(bar(axis), QStyle::SC_ScrollBarSlider);
-        QTest::mousePress(&widget, Qt::LeftButton, {}, grip);
-        for (const int way : {20, 90, 5000}) {
+        const auto along = [&](int way) { return widget.mapToGlobal(axis == 0 ? QPoint(way, 5) : QPoint(5, way)); };
+        const int start = axis == 0 ? grip.x() : grip.y();
+        const int length = axis == 0 ? widget.width() : widget.height();
+        desktop::pressButton(along(start));
+        for (const int way : {start + 20, start + 90, length + 20}) {
             const unsigned before = offset(axis);
-            QTest::mouseMove(&widget, grip + (axis == 0 ? QPoint(way, 0) : QPoint(0, way)));
+            desktop::movePointer(along(way));
+            settle();
             EXPECT_GT(offset(axis), before) << "while the thumb is held";
             EXPECT_TRUE(shows(224, ScrolledSizes[0].view));
         }
-        QTest::mouseRelease(&widget, Qt::LeftButton, {}, grip);
+        desktop::releaseButton(along(length + 20));
+        settle();
         EXPECT_EQ(offset(axis), ScrolledSizes[0].largest[axis]);
     }
 }

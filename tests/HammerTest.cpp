@@ -48,6 +48,10 @@ Counts countAll() {
             layer::livingContexts(), layer::livingTimers(), static_cast<size_t>(QApplication::allWidgets().size())};
 }
 
+QWidget* shownDialog() {
+    return openDialogWindow() ? widgetOf(openDialogWindow()) : layer::foreignDialog();
+}
+
 int openDialogs() {
     int open = 0;
     for (const layer::Window* window : layer::topLevels()) {
@@ -103,12 +107,12 @@ protected:
     // Opens the dialog, looks at its caption and closes it.
     static void visit(const DialogRow& row) {
         const auto shown = [] {
-            const QWidget* dialog = QApplication::activeModalWidget();
+            const QWidget* dialog = shownDialog();
             return dialog && dialog->isActiveWindow() && !layer::nextToPaint();
         };
         run({{"page", always, row.open},
              {"dialog", shown, [&] {
-                  const std::string caption = QApplication::activeModalWidget()->windowTitle().toStdString();
+                  const std::string caption = shownDialog()->windowTitle().toStdString();
                   EXPECT_TRUE(caption.starts_with(row.caption == 0 ? "RS 232" : line(row.caption))) << caption;
                   press(Qt::Key_Escape);
               }}});

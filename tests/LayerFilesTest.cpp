@@ -31,11 +31,11 @@ std::string read(const fs::path& path) {
 }
 
 QWidget& modal() {
-    return *QApplication::activeModalWidget();
+    return *layer::foreignDialog();
 }
 
 bool modalShown() {
-    return QApplication::activeModalWidget() && modal().isActiveWindow();
+    return layer::foreignDialog() && modal().isActiveWindow();
 }
 
 bool timersGoOn() {

@@ -8,7 +8,9 @@
 #include <tuple>
 #include <vector>
 
+#include "Desktop.h"
 #include "LayerWindows.h"
+#include "User.h"
 #include "resources/Ids.h"
 
 namespace {
@@ -32,7 +34,7 @@ TEST_F(Layer, SentThenPostedThenInputThenPaintThenTimer) {
     SetTimer(window, 1, 10, nullptr);
     clock.pass(30 * Millisecond);
     InvalidateRect(window, nullptr, TRUE);
-    QTest::keyPress(widgetOf(window), Qt::Key_F5);
+    desktop::pressKey({Qt::Key_F5, "", Qt::NoModifier});
     PostMessageA(window, FirstMark, 1, 0);
     PostMessageA(window, SecondMark, 2, 0);
     SendMessageA(window, FirstMark, 3, 0);
@@ -195,30 +197,28 @@ TEST_F(Layer, AButtonClicksOncePerClickAndOnlyForItsUser) {
     EnableWindow(button, TRUE);
     SetWindowPos(button, nullptr, 10, 10, 80, 40, 0);
     expectClicks(0, "no user");
-    QWidget* widget = widgetOf(button);
-    QTest::mouseClick(widget, Qt::LeftButton);
+    clickOn(button);
     expectClicks(1, "mouse");
     const auto click = std::ranges::find(seen, WM_COMMAND, &Seen::message);
     ASSERT_NE(click, seen.end());
     EXPECT_TRUE(click->wParam == MAKEWPARAM(IDC_LEARN, BN_CLICKED) && reinterpret_cast<HWND>(click->lParam) == button);
-    widget->setFocus();
-    QTest::keyClick(widget, Qt::Key_Space);
+    press(Qt::Key_Space);
     expectClicks(2, "space");
     EnableWindow(button, FALSE);
-    QTest::mouseClick(widget, Qt::LeftButton);
-    QTest::keyClick(widget, Qt::Key_Space);
+    clickOn(button);
+    press(Qt::Key_Space);
     expectClicks(2, "disabled");
 }
 
 TEST_F(Layer, TabMovesNoFocus) {
     const HWND frame = openFrame();
-    QWidget* widget = widgetOf(GetDlgItem(openDialog(frame), IDC_LEARN));
+    const HWND button = GetDlgItem(openDialog(frame), IDC_LEARN);
     openDialog(frame);
-    widget->setFocus();
+    SetFocus(button);
     for (const Qt::Key key : {Qt::Key_Tab, Qt::Key_Backtab, Qt::Key_Right}) {
-        QTest::keyClick(widget, key);
+        press(key);
         runDry(frame);
-        EXPECT_TRUE(widget->hasFocus()) << key;
+        EXPECT_EQ(GetFocus(), button) << key;
     }
 }
 

@@ -47,7 +47,7 @@ INT_PTR CALLBACK recordDialog(HWND window, UINT message, WPARAM wParam, LPARAM l
         paint(window);
         return TRUE;
     }
-    return taken;
+    return taken || message == WM_INITDIALOG;
 }
 
 void Layer::SetUp() {

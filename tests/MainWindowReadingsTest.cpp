@@ -1,11 +1,10 @@
 // The main screen on a living link: what a controller's bytes become on the screen, what goes over the wire, and what
 // faults do.
-#include <QTest>
 #include <QWidget>
 #include <algorithm>
 #include <string>
 
-#include "WindowFixture.h"
+#include "User.h"
 #include "link/Link.h"
 #include "model/Blocks.h"
 #include "readings/GaugeTables.h"
@@ -51,7 +50,7 @@ void addStrip(std::vector<Spot>& spots, const char* what, int left, int right, i
 }
 
 void clickLearn() {
-    QTest::mouseClick(widgetOf(GetDlgItem(PageWindow, IDC_LEARN)), Qt::LeftButton);
+    clickOn(GetDlgItem(PageWindow, IDC_LEARN));
 }
 
 }  // namespace

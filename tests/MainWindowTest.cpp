@@ -1,12 +1,11 @@
 // The program from its start to its end: ini file, language files, sizes, the window itself.
-#include <QTest>
 #include <QWidget>
 #include <algorithm>
 #include <map>
 #include <string>
 #include <tuple>
 
-#include "WindowFixture.h"
+#include "User.h"
 #include "link/Link.h"
 #include "resources/Ids.h"
 #include "shell/AppState.h"
@@ -194,9 +193,9 @@ TEST_F(MainWindowStart, ADesktopThatHasChangedChangesOnlyTheGreyItems) {
 }
 
 TEST_F(MainWindowStart, EveryWayOutEndsTheLoopWithZeroAndFreesThePort) {
-    for (void (*leave)() : std::initializer_list<void (*)()>{
-             [] { widgetOf(MainWindow)->close(); }, [] { PostMessageA(MainWindow, WM_COMMAND, IDM_EXIT, 0); },
-             [] { QTest::keyClick(widgetOf(MainWindow), Qt::Key_F4, Qt::AltModifier); }}) {
+    for (void (*leave)() : std::initializer_list<void (*)()>{[] { widgetOf(MainWindow)->close(); },
+                                                             [] { PostMessageA(MainWindow, WM_COMMAND, IDM_EXIT, 0); },
+                                                             [] { press(Qt::Key_F4, Qt::AltModifier); }}) {
         startOn(4);
         const HWND window = MainWindow;
         const HWND page = PageWindow;

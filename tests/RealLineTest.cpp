@@ -1,5 +1,5 @@
-// A whole session on the computer's own clock, against a simulated controller on a pseudo-terminal at the true pace: what
-// held time and a held line cannot show.
+// A whole session on the computer's own clock, against a simulated controller on a pseudo-terminal at the true pace:
+// what held time and a held line cannot show.
 #include "TuningPages.h"
 #include "shell/MainWindow.h"
 #include "simulator/Server.h"
@@ -25,7 +25,7 @@ TEST(RealLine, AVisitToTheCarReadsWritesLosesAndFindsIt) {
 
     clickOn(control(1044));
     ASSERT_TRUE(pumpUntil([] { return ComboOpen == 1; }));
-    clickEntry(control(1044), 50);
+    clickEntry(50);
     EXPECT_TRUE(pumpUntil([&] { return held(server, simulator::AttMin) == 50 && selected(1044) == 50; }));
     clickOn(control(1041));
     EXPECT_TRUE(pumpUntil([&] { return (held(server, simulator::Options) & simulator::LimitOn) == 0; }));

@@ -2,8 +2,6 @@
 #pragma once
 
 #include <QScrollBar>
-#include <QTest>
-#include <QWheelEvent>
 #include <array>
 #include <string>
 #include <vector>
@@ -50,11 +48,8 @@ inline QScrollBar& bar() {
     return *qobject_cast<QScrollBar*>(widgetOf(control(IDC_SCOPE_CURSOR_BAR)));
 }
 
-inline void roll(int turned) {
-    QWheelEvent wheel(QPointF(5, 5), QPointF(5, 5), QPoint(), QPoint(0, turned), Qt::NoButton, Qt::NoModifier,
-                      Qt::NoScrollPhase, false);
-    QSpontaneKeyEvent::setSpontaneous(&wheel);
-    qApp->notify(&bar(), &wheel);
+inline void roll(int notches) {
+    roll(PageWindow, notches);
 }
 
 // Counted from the right end if negative.
@@ -63,18 +58,21 @@ inline QPoint onBar(int along) {
 }
 
 inline void clickBar(int along) {
-    QTest::mouseClick(&bar(), Qt::LeftButton, {}, onBar(along));
+    clickAt(control(IDC_SCOPE_CURSOR_BAR), onBar(along));
 }
 
 inline void pullThumb() {
     scroll(SB_THUMBTRACK, 2);
-    QTest::mousePress(&bar(), Qt::LeftButton, {}, onBar(25));
-    QTest::mouseMove(&bar(), onBar(-1));
-    QTest::mouseRelease(&bar(), Qt::LeftButton, {}, onBar(-1));
+    drag(control(IDC_SCOPE_CURSOR_BAR), {onBar(25), onBar(-1)});
+}
+
+inline void pressOnBar(int key) {
+    SetFocus(control(IDC_SCOPE_CURSOR_BAR));
+    press(key);
 }
 
 inline void clickBox() {
-    QTest::mouseClick(widgetOf(control(IDC_SCOPE_CURSOR)), Qt::LeftButton, {}, QPoint(8, 8));
+    clickAt(control(IDC_SCOPE_CURSOR), {8, 8});
 }
 
 class Scope : public TuningPages {

@@ -1,6 +1,4 @@
 // The Oscilloscope page: what a sweep records, and the value cursor over it.
-#include <QCoreApplication>
-#include <QMouseEvent>
 
 #include "ScopePage.h"
 
@@ -90,7 +88,7 @@ TEST_F(Scope, ASweepGoesRoundAndStoresWhatItDraws) {
 TEST_F(Scope, TheBarMovesTheCursor) {
     startOn(4);
     openScope();
-    roll(-120);
+    roll(-1);
     EXPECT_EQ(CursorPos, 2u) << "no cursor, no wheel";
     clickBox();
     const std::array<unsigned, 4> moves[] = {
@@ -111,12 +109,12 @@ TEST_F(Scope, TheBarMovesTheCursor) {
         {[] { clickBar(-40); }, 111},
         {[] { clickBar(5); }, 110},
         {[] { clickBar(25); }, 100},
-        {[] { QTest::keyClick(&bar(), Qt::Key_Right); }, 101},
-        {[] { QTest::keyClick(&bar(), Qt::Key_PageDown); }, 111},
-        {[] { QTest::keyClick(&bar(), Qt::Key_Left); }, 110},
-        {[] { QTest::keyClick(&bar(), Qt::Key_PageUp); }, 100},
-        {[] { roll(-120); }, 103},
-        {[] { roll(120); }, 100},
+        {[] { pressOnBar(Qt::Key_Right); }, 101},
+        {[] { pressOnBar(Qt::Key_PageDown); }, 111},
+        {[] { pressOnBar(Qt::Key_Left); }, 110},
+        {[] { pressOnBar(Qt::Key_PageUp); }, 100},
+        {[] { roll(-1); }, 103},
+        {[] { roll(1); }, 100},
         {pullThumb, 395},
     };
     scroll(SB_THUMBTRACK, 100);
@@ -265,11 +263,9 @@ TEST_F(Scope, AClickActsWithinTwoColumnsOfTheSweep) {
     int columns = 0;
     server->observe([&](const simulator::LogEntry& entry) {
         if (entry.request.bytes[1] == 2 && ++columns == ClickAt) {
-            for (const QEvent::Type type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
-                const QPointF at(8, 8);
-                QCoreApplication::postEvent(
-                    box, new QMouseEvent(type, at, box->mapToGlobal(at), Qt::LeftButton, Qt::LeftButton, {}));
-            }
+            const QPoint place = box->mapToGlobal(QPoint(8, 8));
+            desktop::pressButton(place);
+            desktop::releaseButton(place);
         }
     });
     ASSERT_TRUE(pumpUntil([] { return CursorMode == 1; }));

@@ -12,6 +12,7 @@
 
 #include "User.h"
 #include "link/Link.h"
+#include "platform/linux/Layer.h"
 #include "settings/SettingsFormat.h"
 #include "shell/AppState.h"
 #include "simulator/Cells.h"
@@ -19,12 +20,12 @@
 namespace {
 
 QLineEdit* nameEdit() {
-    QWidget* dialog = QApplication::activeModalWidget();
+    QWidget* dialog = layer::foreignDialog();
     return dialog ? dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit")) : nullptr;
 }
 
 bool fileDialogShown() {
-    return nameEdit() && QApplication::activeModalWidget()->isActiveWindow();
+    return nameEdit() && layer::foreignDialog()->isActiveWindow();
 }
 
 Step giveName(const std::string& name) {

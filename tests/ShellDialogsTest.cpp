@@ -105,12 +105,12 @@ TEST_F(ShellDialogs, ThePortDialogListsAllPortsAndTakesTheChosenOne) {
     EXPECT_STREQ(PortName, "") << "a port that is none is not selected";
     EXPECT_EQ(portMark(), " ...");
 
-    const auto listShown = [] { return boxOf(portsBox()).view()->isVisible(); };
+    const auto listShown = [] { return listOpen(portsBox()); };
     inDialog(PortMenu, {{"box", dialogShown, [] { clickOn(portsBox()); }},
                         {"open list", listShown,
                          [] {
-                             EXPECT_LE(boxOf(portsBox()).view()->height(), 200) << "as high as the template says";
-                             clickEntry(portsBox(), 11);
+                             EXPECT_LE(layer::openListView()->height(), 200) << "as high as the template says";
+                             clickEntry(11);
                          }},
                         {"choice", [=] { return !listShown(); }, clickClose}});
     EXPECT_STREQ(PortName, "\\\\.\\COM12");

@@ -214,7 +214,7 @@ TEST_F(TuningDialogs, AScrolledThresholdIsWrittenOnceAtTheEnd) {
         tick();
         EXPECT_EQ(sent(), PollAC) << "a code that moves nothing stops nothing";
         QWidget& bar = *widgetOf(control(1137));
-        QTest::mouseClick(&bar, Qt::LeftButton, {}, QPoint(bar.width() - 4, bar.height() / 2));
+        clickAt(control(1137), QPoint(bar.width() - 4, bar.height() / 2));
         EXPECT_EQ(sent(), "65 22 D3 5A");
 
         // The factory button writes back what the controller has restored.
@@ -377,7 +377,7 @@ TEST_F(TuningDialogs, AnOpenListStopsThePollingAndEveryWayOutEndsThePause) {
         SCOPED_TRACE(row.frame);
         inDialog(row.open, [&] { tick(); },
                  {{"box", always, [] { clickOn(control(1003)); }},
-                  {"list", [] { return boxOf(control(1003)).view()->isVisible(); },
+                  {"list", [] { return listOpen(control(1003)); },
                    [&] {
                        EXPECT_EQ(ComboOpen, 1);
                        sent();
@@ -386,7 +386,7 @@ TEST_F(TuningDialogs, AnOpenListStopsThePollingAndEveryWayOutEndsThePause) {
                        EXPECT_EQ(sent(), "");
                        EXPECT_EQ(ActiveTimerPeriod, row.armed);
                        stopTimer();
-                       clickEntry(control(1003), 1);
+                       clickEntry(1);
                    }},
                   {"choice", [&] { return !server->log().empty(); },
                    [&] {

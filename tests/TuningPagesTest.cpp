@@ -177,7 +177,7 @@ TEST_F(TuningPages, ALinkLostBehindAnOpenListShowsOnceItIsClosed) {
         tick();
         EXPECT_EQ(selected(row.id), row.entry);
         run({{"box", always, [=] { clickOn(control(row.id)); }},
-             {"list", [=] { return boxOf(control(row.id)).view()->isVisible(); },
+             {"list", [=] { return listOpen(control(row.id)); },
               [&] {
                   EXPECT_EQ(ComboOpen, 1);
                   server->unplug();

@@ -19,7 +19,7 @@ struct Change {
 };
 
 bool listShown(int id) {
-    return boxOf(control(id)).view()->isVisible();
+    return listOpen(control(id));
 }
 
 void make(const Change& change) {
@@ -31,7 +31,7 @@ void make(const Change& change) {
         ASSERT_TRUE(pumpUntil([&] { return listShown(change.id) && ComboOpen == 1; }));
         const int steps = change.entry - selected(change.id);
         if (change.by == By::Mouse) {
-            clickEntry(control(change.id), change.entry);
+            clickEntry(change.entry);
         } else {
             for (int step = 0; step < std::abs(steps); ++step) {
                 press(steps > 0 ? Qt::Key_Down : Qt::Key_Up);
@@ -114,7 +114,7 @@ TEST_F(TuningSession, AListThatADialogTookAwayOpensAgainAtOnce) {
         ASSERT_TRUE(pumpUntil([] { return ComboOpen == 0 && TuningDialogOpen == 0; }));
         clickOn(control(1018));
         EXPECT_TRUE(pumpUntil([] { return listShown(1018); }));
-        clickEntry(control(1018), 1);
+        clickEntry(1);
         ASSERT_TRUE(pumpUntil([] { return !listShown(1018) && ComboOpen == 0; }));
     }
 }

@@ -9,9 +9,9 @@
 #include <QMessageBox>
 #include <QScrollBar>
 #include <QStyleOptionSlider>
-#include <QTest>
-#include <QWindow>
+#include <map>
 
+#include "Desktop.h"
 #include "platform/linux/Layer.h"
 #include "shell/AppState.h"
 
@@ -20,18 +20,12 @@ namespace {
 constexpr Moment StepPeriod = 5 * Millisecond;
 constexpr Moment Patience = 10 * Second;
 
-// Where the desktop sends keys: on to an open list or menu, else to the widget in focus.
-QWindow* keyTarget() {
-    QWindow* focus = QGuiApplication::focusWindow();
-    return focus ? focus : QApplication::activeWindow()->windowHandle();
-}
-
 void endAllDialogs() {
     while (const HWND dialog = openDialogWindow()) {
         EndDialog(dialog, 0);
     }
     PostMessageA(GetDesktopWindow(), WM_NULL, 0, 0);
-    if (QWidget* box = QApplication::activeModalWidget()) {
+    if (QWidget* box = layer::foreignDialog()) {
         box->close();
     }
 }
@@ -67,7 +61,7 @@ void run(const std::vector<Step>& steps) {
         }
     };
     lookLater();
-    pumpUntil([&] { return next == steps.size() && !QApplication::activeModalWidget(); }, 60);
+    pumpUntil([&] { return next == steps.size() && !openDialogWindow() && !layer::foreignDialog(); }, 60);
     clock.forget();
 }
 
@@ -77,31 +71,73 @@ bool always() {
 
 bool dialogShown() {
     const HWND dialog = openDialogWindow();
-    return dialog && widgetOf(dialog)->isActiveWindow() && !layer::nextToPaint();
+    return dialog && layer::activeWindow() == dialog && widgetOf(dialog)->isActiveWindow() && !layer::nextToPaint();
 }
 
+namespace {
+
+QPoint onScreen(HWND window, QPoint place) {
+    return widgetOf(window)->mapToGlobal(place);
+}
+
+void rest() {
+    if (HeldClock::current()) {
+        settle();
+    }
+}
+
+}  // namespace
+
 void clickOn(HWND control) {
-    QTest::mouseClick(widgetOf(control), Qt::LeftButton);
+    clickAt(control, widgetOf(control)->rect().center());
+}
+
+void clickAt(HWND window, QPoint place, Qt::MouseButton button) {
+    desktop::pressButton(onScreen(window, place), button);
+    desktop::releaseButton(onScreen(window, place), button);
+    rest();
+}
+
+void drag(HWND window, const std::vector<QPoint>& way) {
+    desktop::pressButton(onScreen(window, way.front()));
+    for (const QPoint place : way) {
+        desktop::movePointer(onScreen(window, place));
+        rest();
+    }
+    desktop::releaseButton(onScreen(window, way.back()));
+    rest();
+}
+
+void roll(HWND window, int notches) {
+    desktop::rollWheel(onScreen(window, widgetOf(window)->rect().center()), notches);
+    rest();
 }
 
 void press(int key, Qt::KeyboardModifiers modifiers) {
-    QTest::keyClick(keyTarget(), static_cast<Qt::Key>(key), modifiers);
+    static const std::map<int, QString> texts = {
+        {Qt::Key_Return, "\r"},    {Qt::Key_Escape, "\x1B"}, {Qt::Key_Tab, "\t"},
+        {Qt::Key_Backspace, "\b"}, {Qt::Key_Space, " "},     {Qt::Key_Delete, "\x7F"},
+    };
+    const auto text = texts.find(key);
+    const desktop::Key struck{key, text == texts.end() ? QString() : text->second, modifiers};
+    desktop::pressKey(struck);
+    desktop::releaseKey(struck);
 }
 
 void pressAlt(char16_t letter) {
-    const QString text(letter);
-    QTest::sendKeyEvent(QTest::Click, keyTarget(), static_cast<Qt::Key>(text.toUpper().at(0).unicode()), text,
-                        Qt::AltModifier);
+    const desktop::Key struck{QChar(letter).toUpper().unicode(), QString(letter), Qt::AltModifier};
+    desktop::pressKey(struck);
+    desktop::releaseKey(struck);
 }
 
 void type(char16_t letter) {
-    const QString text(letter);
-    QTest::sendKeyEvent(QTest::Click, keyTarget(), static_cast<Qt::Key>(text.toUpper().at(0).unicode()), text,
-                        Qt::NoModifier);
+    const desktop::Key struck{QChar(letter).toUpper().unicode(), QString(letter), Qt::NoModifier};
+    desktop::pressKey(struck);
+    desktop::releaseKey(struck);
 }
 
 QMessageBox* box() {
-    return qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+    return qobject_cast<QMessageBox*>(layer::foreignDialog());
 }
 
 bool boxShown() {
@@ -125,7 +161,7 @@ QMenuBar& menuBar() {
 }
 
 QMenu* popup() {
-    return qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    return desktop::openMenu();
 }
 
 std::string textOf(const QAction& item) {
@@ -133,17 +169,19 @@ std::string textOf(const QAction& item) {
 }
 
 void clickOnBar(int position) {
-    QMenuBar& bar = menuBar();
-    QAction* item = bar.actions().at(position);
-    ASSERT_TRUE(bar.rect().contains(bar.actionGeometry(item).center()));
-    QTest::mouseClick(&bar, Qt::LeftButton, {}, bar.actionGeometry(item).center());
+    const QPoint place = desktop::barItems().at(static_cast<size_t>(position));
+    ASSERT_TRUE(widgetOf(MainWindow)->geometry().contains(place));
+    desktop::pressButton(place);
+    desktop::releaseButton(place);
+    rest();
 }
 
 void choose(int onBar, int item) {
     clickOnBar(onBar);
     ASSERT_TRUE(popup());
-    QMenu& open = *popup();
-    QTest::mouseClick(&open, Qt::LeftButton, {}, open.actionGeometry(open.actions().at(item)).center());
+    const QPoint place = desktop::menuItems().at(static_cast<size_t>(item));
+    desktop::pressButton(place);
+    desktop::releaseButton(place);
 }
 
 QPoint middleOf(HWND scrollBar, QStyle::SubControl part) {
@@ -163,28 +201,29 @@ QComboBox& boxOf(HWND combo) {
     return *qobject_cast<QComboBox*>(widgetOf(combo));
 }
 
-namespace {
-
-QPoint centreOf(HWND combo, int row) {
-    QAbstractItemView& list = *boxOf(combo).view();
-    list.scrollTo(list.model()->index(row, 0));
-    return list.viewport()->mapTo(list.window(), list.visualRect(list.model()->index(row, 0)).center());
+bool listOpen(HWND combo) {
+    return combo && layer::openList() == combo;
 }
 
-QWindow* listOf(HWND combo) {
-    return boxOf(combo).view()->window()->windowHandle();
+namespace {
+
+QPoint centreOf(int row) {
+    QAbstractItemView& list = *layer::openListView();
+    list.scrollTo(list.model()->index(row, 0));
+    return list.viewport()->mapToGlobal(list.visualRect(list.model()->index(row, 0)).center());
 }
 
 }  // namespace
 
-void pointAt(HWND combo, int row) {
-    const QPoint centre = centreOf(combo, row);
-    // The first movement after an opening may be too small to count.
-    QTest::mouseMove(listOf(combo), centre - QPoint(20, 0));
-    QTest::mouseMove(listOf(combo), centre);
+void pointAt(int row) {
+    desktop::movePointer(centreOf(row));
+    rest();
 }
 
-void clickEntry(HWND combo, int row) {
-    pointAt(combo, row);
-    QTest::mouseClick(listOf(combo), Qt::LeftButton, {}, centreOf(combo, row));
+void clickEntry(int row) {
+    const QPoint place = centreOf(row);
+    desktop::movePointer(place);
+    desktop::pressButton(place);
+    desktop::releaseButton(place);
+    rest();
 }

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "Desktop.h"
 #include "WindowFixture.h"
 
 class QAction;
@@ -30,7 +31,12 @@ void run(const std::vector<Step>& steps);
 // Steps of the usual kinds.
 bool always();
 bool dialogShown();
+// Input of the user, dealt with before they return; places in pixels of the window. A way is gone with the button held.
 void clickOn(HWND control);
+void clickAt(HWND window, QPoint place, Qt::MouseButton button = Qt::LeftButton);
+void drag(HWND window, const std::vector<QPoint>& way);
+void roll(HWND window, int notches);
+// Keys, dealt with when the program next takes input.
 void press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
 // Alt and a letter as a keyboard sends them.
 void pressAlt(char16_t letter);
@@ -50,15 +56,17 @@ QMenu* popup();
 std::string textOf(const QAction& item);
 // Clicks the item of the bar at a position, counted from 0.
 void clickOnBar(int position);
-// Clicks an item of a drop-down menu, both by position, where a separator counts.
+// Clicks an item of a drop-down menu, both by position, where a separator counts; it acts when the program next takes
+// input.
 void choose(int onBar, int item);
 enum BarPosition { FileMenu, PortMenu, SizeMenu, LanguageMenu, FirstPageItem, InformationMenu = 10 };
 
 // The middle of a part of a scroll bar.
 QPoint middleOf(HWND scrollBar, QStyle::SubControl part);
 
-// The box behind a combo box's window, and a click on its open list's entry.
+// The box behind a combo box's window; whether its list is open; a click on an entry of the open list, and the mouse
+// moved there.
 QComboBox& boxOf(HWND combo);
-void clickEntry(HWND combo, int row);
-// Moves the mouse to the entry.
-void pointAt(HWND combo, int row);
+bool listOpen(HWND combo);
+void clickEntry(int row);
+void pointAt(int row);

@@ -19,10 +19,17 @@ int lastExitCode = -1;
 
 namespace {
 
-constexpr UINT_PTR WakeTimer = 77;
+constexpr UINT_PTR FirstWakeTimer = 70;
 constexpr UINT WakePeriod = 20;
 
 void CALLBACK wake(HWND, UINT, UINT_PTR, DWORD) {
+}
+
+// A dialog's own keys, or the main window's accelerators where none is open.
+bool takenBefore(HACCEL accelerators, MSG& message) {
+    const layer::Window* active = layer::find(layer::activeWindow());
+    return active && active->modal ? layer::dialogTakesKey(active->handle, message)
+                                   : TranslateAcceleratorA(message.hwnd, accelerators, &message) != 0;
 }
 
 }  // namespace
@@ -31,19 +38,22 @@ bool pumpUntil(const std::function<bool()>& condition, double seconds) {
     const HACCEL accelerators = LoadAcceleratorsA(nullptr, MAKEINTRESOURCEA(IDA_MAIN));
     const Moment end = layer::theClock().now() + static_cast<Moment>(seconds * static_cast<double>(Second));
     // A loop that waits for nothing must look at the condition all the same.
-    SetTimer(GetDesktopWindow(), WakeTimer, WakePeriod, wake);
+    static UINT_PTR nested = 0;
+    const UINT_PTR timer = FirstWakeTimer + nested++;
+    SetTimer(GetDesktopWindow(), timer, WakePeriod, wake);
     bool running = true;
     while (running && !condition() && layer::theClock().now() < end) {
         MSG message{};
         running = GetMessageA(&message, nullptr, 0, 0);
         if (!running) {
             lastExitCode = static_cast<int>(message.wParam);
-        } else if (!TranslateAcceleratorA(message.hwnd, accelerators, &message)) {
+        } else if (!takenBefore(accelerators, message)) {
             TranslateMessage(&message);
             DispatchMessageA(&message);
         }
     }
-    KillTimer(GetDesktopWindow(), WakeTimer);
+    KillTimer(GetDesktopWindow(), timer);
+    --nested;
     return condition();
 }
 
@@ -53,9 +63,11 @@ void settle() {
     HeldClock& clock = *HeldClock::current();
     const int before = clock.timesServed();
     bool rested = false;
+    int rests = 0;
     clock.whenAtRest([&] {
         rested = true;
-        return PostMessageA(GetDesktopWindow(), WM_NULL, 0, 0) != 0;
+        // A dialog that has opened meanwhile goes on in a loop of its own.
+        return ++rests <= Enough && PostMessageA(GetDesktopWindow(), WM_NULL, 0, 0);
     });
     EXPECT_TRUE(pumpUntil([&] {
         return rested || (clock.timesServed() > before + Enough && !layer::nextToPaint() && !clock.hasInput());

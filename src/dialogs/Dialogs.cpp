@@ -7,9 +7,10 @@
 
 void RunDialog(UINT dialogId, DLGPROC procedure, int& pauseFlag) {
     pauseFlag = 1;
-    if (DialogBoxParamA(AppInstance, MAKEINTRESOURCEA(dialogId), PageWindow, procedure, 0) == -1) {
-        pauseFlag = 0;
-    }
+    DialogBoxParamA(AppInstance, MAKEINTRESOURCEA(dialogId), PageWindow, procedure, 0);
+    // However it ended, and with whatever list open.
+    pauseFlag = 0;
+    ComboOpen = 0;
 }
 
 void CloseDialog(HWND dialog, WORD command, int& pauseFlag) {

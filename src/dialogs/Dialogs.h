@@ -17,7 +17,7 @@ struct DialogText {
 };
 
 // Runs a dialog over the page with the pause flag at 1, which keeps the page off the link; the dialog clears it when it
-// closes. A dialog that cannot be made leaves the flag at 0.
+// closes. However it ends, the flag and ComboOpen are 0 then.
 void RunDialog(UINT dialogId, DLGPROC procedure, int& pauseFlag);
 void CloseDialog(HWND dialog, WORD command, int& pauseFlag);
 

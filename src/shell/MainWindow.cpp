@@ -80,9 +80,14 @@ void PaintMainWindow() {
         RememberDesktop();
         EnableSizesForDesktop();
     }
+    // The button paints itself anew, and keeps the keyboard that a disabled one loses.
     const HWND button = GetDlgItem(PageWindow, IDC_LEARN);
+    const HWND focus = GetFocus();
     EnableWindow(button, FALSE);
     EnableWindow(button, TRUE);
+    if (focus == button) {
+        SetFocus(button);
+    }
 }
 
 void EndMainWindow() {

@@ -104,6 +104,8 @@ void MakePage(const PageRow& row) {
     const HWND before = PageWindow;
     PageWindow = nullptr;
     DestroyWindow(before);
+    // A list that was open went with its page, without a word.
+    ComboOpen = 0;
     CreatePage(row);
     row.fill();
 }

@@ -66,7 +66,7 @@ std::string User::act() {
 void User::plan() {
     if (desktop::openList()) {
         planList();
-    } else if (desktop::menuIsOpen()) {
+    } else if (desktop::openMenu()) {
         planMenu();
     } else if (fileDialogOnTop()) {
         planFileDialog();

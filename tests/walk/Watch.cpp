@@ -1,4 +1,3 @@
-#include <QApplication>
 #include <QFileDialog>
 #include <algorithm>
 #include <array>
@@ -154,13 +153,11 @@ const char* nameOf(Place place) {
 }
 
 bool boxOnTop() {
-    const QWidget* modal = QApplication::activeModalWidget();
-    const layer::Window* dialog = dialogOnTop();
-    return modal && !(dialog && dialog->outer == modal);
+    return layer::foreignDialog() != nullptr;
 }
 
 bool fileDialogOnTop() {
-    return qobject_cast<QFileDialog*>(QApplication::activeModalWidget()) != nullptr;
+    return qobject_cast<QFileDialog*>(layer::foreignDialog()) != nullptr;
 }
 
 Watch::Watch(HeldClock& held, Line& watched) : clock(held), line(watched) {
@@ -214,10 +211,12 @@ void Watch::takeRequest(std::span<const BYTE> frame) {
 
 bool Watch::mayRead(unsigned command) const {
     // Saving, loading and the reset read all blocks.
-    if (fileFlow || touched.contains({Place::Reset, IDC_RESET_BUTTON})) {
+    const Place top = placeOnTop();
+    const layer::Window* focus = desktop::focusedWindow();
+    if (fileFlow || touched.contains({Place::Reset, IDC_RESET_BUTTON}) ||
+        (top == Place::Reset && focus && focus->id == IDC_RESET_BUTTON)) {
         return true;
     }
-    const Place top = placeOnTop();
     const Place asking = top == Place::Port ? pageOnTop() : top;
     return std::ranges::count(rowOf(asking).reads, command) > 0;
 }

@@ -1,8 +1,18 @@
-// Combo boxes: drop-down lists, unsorted.
-#include <QAbstractItemView>
+// Combo boxes: drop-down lists, unsorted. Qt paints the box and the list, what they do is decided here.
+//
+// A box tells its parent what the user does and nothing of what the program does:
+//
+//   the list opens                       DROPDOWN
+//   a choice with the mouse, or Enter    SELENDOK, CLOSEUP, then SELCHANGE if it came by the mouse
+//   the list is left                     SELENDCANCEL, CLOSEUP
+//   a key moves the selection            SELCHANGE at once; on the closed list after SELENDOK
+//   the focus goes                       SELENDCANCEL, CLOSEUP if the list was open, KILLFOCUS
 #include <QAbstractListModel>
 #include <QComboBox>
-#include <QFocusEvent>
+#include <QListView>
+#include <QScreen>
+#include <QScrollBar>
+#include <QVBoxLayout>
 
 #include "platform/linux/Layer.h"
 
@@ -15,8 +25,13 @@ constexpr DWORD DropDownList = 0x03;
 constexpr DWORD Sorted = 0x0100;
 // The closed box stands this much over its font's cell; the template's height is that of the box with its list.
 constexpr int BoxMargin = 8;
+constexpr int FewestRows = 3;
+constexpr int RowsPerNotch = 3;
+constexpr int Notch = 120;
 // A poll of a lost link holds the letters of a search in a list up for a good quarter of a second.
 constexpr Moment LongestPauseInSearch = Second;
+constexpr UINT_PTR ScrollTimer = 1;
+constexpr UINT ScrollPeriod = 50;
 
 // The entries as the program gave them; the letters are made when one is shown, since a list may have hundreds.
 class EntryModel : public QAbstractListModel {
@@ -30,12 +45,15 @@ public:
         if (!index.isValid() || (role != Qt::DisplayRole && role != Qt::EditRole)) {
             return {};
         }
-        return decode(entries[static_cast<size_t>(index.row())], controlCodePage());
+        return text(index.row());
     }
-    int add(const char* text) {
+    QString text(int row) const {
+        return decode(entries[static_cast<size_t>(row)], controlCodePage());
+    }
+    int add(const char* entry) {
         const int row = rowCount();
         beginInsertRows({}, row, row);
-        entries.emplace_back(text);
+        entries.emplace_back(entry);
         endInsertRows();
         return row;
     }
@@ -47,9 +65,44 @@ public:
     std::vector<QByteArray> entries;
 };
 
-// Tells its parent what the user does and nothing of what the program does. A choice with the mouse tells SELENDOK,
-// CLOSEUP, SELCHANGE; leaving the list without one SELENDCANCEL, CLOSEUP. A key that moves the selection tells
-// SELCHANGE at once, on the closed list after SELENDOK; Enter on the open list tells SELENDOK, CLOSEUP.
+// The list below a box: a window of its own without the keyboard, which the box works.
+class DropList : public QFrame {
+public:
+    DropList(QWidget* box, EntryModel& model) : QFrame(box, Qt::ToolTip | Qt::FramelessWindowHint) {
+        setFrameStyle(static_cast<int>(QFrame::Box) | QFrame::Plain);
+        auto* layout = new QVBoxLayout(this);
+        layout->setContentsMargins(1, 1, 1, 1);
+        layout->addWidget(&view);
+        view.setModel(&model);
+        view.setFont(box->font());
+        view.setFrameShape(QFrame::NoFrame);
+        view.setFocusPolicy(Qt::NoFocus);
+        view.setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+        view.setVerticalScrollMode(QAbstractItemView::ScrollPerItem);
+        view.setUniformItemSizes(true);
+    }
+    int rowHeight() const {
+        return std::max(1, view.sizeHintForRow(0));
+    }
+    void showAt(const QRect& box, int rows) {
+        const int height = rows * rowHeight() + 4;
+        const QRect screen = parentWidget()->screen()->geometry();
+        const bool above = box.bottom() + height > screen.bottom() && box.top() - height >= screen.top();
+        setGeometry(box.left(), above ? box.top() - height : box.bottom() + 1, box.width(), height);
+        show();
+    }
+    // The row at a place of the screen; -1 for the frame, the bar and what lies outside.
+    int rowAt(QPoint place) const {
+        const QPoint inside = view.viewport()->mapFromGlobal(place);
+        return view.viewport()->rect().contains(inside) ? view.indexAt(inside).row() : -1;
+    }
+    bool contains(QPoint place) const {
+        return geometry().contains(place);
+    }
+
+    QListView view;
+};
+
 class ComboBox : public QComboBox {
 public:
     ComboBox(QWidget* parent, HWND shown, int dropHeight) : QComboBox(parent), window(shown), listHeight(dropHeight) {
@@ -57,180 +110,289 @@ public:
         setPlaceholderText(QStringLiteral(" "));
         setModel(&model);
         setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-        connect(this, &QComboBox::activated, this, [this] { tellChoice(); });
-        connect(this, &QComboBox::highlighted, this, [this](int row) { tellKeyMove(row); });
-        view()->installEventFilter(this);
-        view()->viewport()->installEventFilter(this);
     }
 
+    // As a screen reader asks for it.
     void showPopup() override {
-        if (dropped || !isEnabled()) {
-            return;
-        }
-        dropped = true;
-        byKey = false;
-        told = currentIndex();
-        notifyParent(window, CBN_DROPDOWN);
-        const int row = std::max(1, view()->sizeHintForRow(0));
-        setMaxVisibleItems(std::max(3, listHeight / row));
-        QComboBox::showPopup();
-        view()->window()->installEventFilter(this);
+        open();
     }
-
     void hidePopup() override {
-        QComboBox::hidePopup();
-        noteHidden();
+        close(false);
     }
 
-    bool isDropped() const {
-        return dropped;
+    bool isOpen() const {
+        return list && list->isVisible();
     }
-
+    void open();
+    // Closes the list with its choice or without one; false if the box has gone by then.
+    bool close(bool chosen);
     // A selection by the program also moves the one in the open list.
-    void select(int row) {
-        setCurrentIndex(row);
-        told = row;
-        if (dropped) {
-            view()->setCurrentIndex(model.index(row, 0));
-        }
+    void select(int row);
+    LRESULT takeMouse(UINT message, QPoint place);
+    void takeKey(WPARAM key, bool alt);
+    void takeLetter(const QString& letter);
+    void roll(int turned);
+    void scrollOn();
+    void leave();
+    DropList* dropped() const {
+        return isOpen() ? list : nullptr;
     }
 
     EntryModel model;
 
-protected:
-    // Whether a key or the mouse moves the selection in the list. The keys that open it leave it again.
-    bool eventFilter(QObject* receiver, QEvent* event) override {
-        // A dialog that opens takes an open list away without asking.
-        if (event->type() == QEvent::Hide && receiver == view()->window()) {
-            noteHidden();
-        }
-        if (event->type() == QEvent::MouseMove || event->type() == QEvent::MouseButtonPress) {
-            byKey = false;
-        } else if (event->type() == QEvent::ShortcutOverride) {
-            byKey = true;
-        } else if (event->type() == QEvent::KeyPress) {
-            byKey = true;
-            const auto& key = static_cast<const QKeyEvent&>(*event);
-            const bool arrow = key.key() == Qt::Key_Up || key.key() == Qt::Key_Down;
-            if (key.key() == Qt::Key_F4 || (arrow && key.modifiers() & Qt::AltModifier)) {
-                hidePopup();
-                return true;
-            }
-            if (isLetter(key)) {
-                view()->setCurrentIndex(model.index(search(key.text(), view()->currentIndex().row()), 0));
-                return true;
-            }
-        }
-        return QComboBox::eventFilter(receiver, event);
-    }
-    void keyPressEvent(QKeyEvent* event) override {
-        byKey = true;
-        if (event->key() == Qt::Key_Space) {
-            event->ignore();
-        } else if (isLetter(*event)) {
-            const int row = search(event->text(), currentIndex());
-            if (row != currentIndex()) {
-                setCurrentIndex(row);
-                tellChoice();
-            }
-        } else {
-            QComboBox::keyPressEvent(event);
-        }
-    }
-    // A choice writes to a car, so rolling over a closed list must not choose.
-    void wheelEvent(QWheelEvent* event) override {
-        event->ignore();
-    }
-    // The open list may take the keyboard for itself; to the program it stays with the box.
-    void focusInEvent(QFocusEvent* event) override {
-        QComboBox::focusInEvent(event);
-        if (!focused) {
-            focused = true;
-            notifyParent(window, CBN_SETFOCUS);
-        }
-    }
-    void focusOutEvent(QFocusEvent* event) override {
-        QComboBox::focusOutEvent(event);
-        if (event->reason() != Qt::PopupFocusReason && !dropped) {
-            focused = false;
-            notifyParent(window, CBN_KILLFOCUS);
-        }
-    }
-
 private:
-    static bool isLetter(const QKeyEvent& key) {
-        return !key.text().isEmpty() && key.text().at(0).isPrint() && !key.text().at(0).isSpace() &&
-               !(key.modifiers() & (Qt::ControlModifier | Qt::AltModifier));
+    void highlight(int row);
+    int highlighted() const {
+        return list->view.currentIndex().row();
     }
+    void moveTo(int row);
+    int rows() const;
+    int search(const QString& letter, int from);
+    void pressBar(QPoint place);
 
-    // The row that begins with what was typed in one go, from the given one on and round; that one if none does. A
-    // first letter, or the same one again, goes on to the next row.
-    int search(const QString& letter, int from) {
-        const Moment now = theClock().now();
-        const bool goesOn = !typed.isEmpty() && now - lastTyped < LongestPauseInSearch;
-        lastTyped = now;
-        const bool repeats = goesOn && typed == letter;
-        typed = goesOn && !repeats ? typed + letter : letter;
-        const int count = model.rowCount();
-        const int first = from + (typed.size() > 1 ? 0 : 1);
-        for (int step = 0; step < count; ++step) {
-            const int row = (std::max(first, 0) + step) % count;
-            if (model.data(model.index(row, 0), Qt::DisplayRole).toString().startsWith(typed, Qt::CaseInsensitive)) {
-                return row;
-            }
-        }
-        return from;
-    }
-
-    // A choice follows at once in the same event; without one the list was left.
-    void noteHidden() {
-        if (!dropped) {
-            return;
-        }
-        dropped = false;
-        leaving = true;
-        const auto tellLeft = [this] {
-            if (leaving) {
-                leaving = false;
-                notifyParent(window, CBN_SELENDCANCEL);
-                notifyParent(window, CBN_CLOSEUP);
-            }
-        };
-        QMetaObject::invokeMethod(this, tellLeft, Qt::QueuedConnection);
-    }
-
-    void tellChoice() {
-        const QPointer<ComboBox> self(this);
-        const bool news = !byKey || currentIndex() != told;
-        told = currentIndex();
-        notifyParent(window, CBN_SELENDOK);
-        if (self && leaving) {
-            leaving = false;
-            notifyParent(window, CBN_CLOSEUP);
-        }
-        if (self && news) {
-            notifyParent(window, CBN_SELCHANGE);
-        }
-    }
-
-    void tellKeyMove(int row) {
-        if (dropped && byKey && row != told) {
-            told = row;
-            setCurrentIndex(row);
-            notifyParent(window, CBN_SELCHANGE);
-        }
-    }
+    enum class Held { Nothing, Box, Row, Bar };
 
     HWND window;
     int listHeight;
-    int told = -1;  // the selection that the program knows of
-    bool dropped = false;
-    bool leaving = false;
-    bool byKey = false;
-    bool focused = false;
+    DropList* list = nullptr;
+    Held held = Held::Nothing;
+    bool dragged = false;  // from the box into the list
+    int scrolling = 0;     // rows a beat, while the bar is held
     QString typed;
     Moment lastTyped = 0;
 };
+
+void CALLBACK scrollHeld(HWND window, UINT, UINT_PTR, DWORD) {
+    if (const Window* combo = find(window)) {
+        static_cast<ComboBox&>(*combo->outer).scrollOn();
+    }
+}
+
+int ComboBox::rows() const {
+    const int fit = std::max(FewestRows, listHeight / list->rowHeight());
+    return std::clamp(model.rowCount(), 1, fit);
+}
+
+void ComboBox::open() {
+    const Window* self = layer::find(window);
+    if (isOpen() || !self || !self->enabled || !reallyVisible(*self) || !notifyParent(window, CBN_DROPDOWN)) {
+        return;
+    }
+    if (!list) {
+        list = new DropList(this, model);
+    }
+    list->showAt({mapToGlobal(QPoint()), size()}, rows());
+    highlight(currentIndex());
+    list->view.scrollTo(list->view.currentIndex(), QAbstractItemView::PositionAtTop);
+    setCapture(window);
+}
+
+bool ComboBox::close(bool chosen) {
+    if (!isOpen()) {
+        return true;
+    }
+    held = Held::Nothing;
+    KillTimer(window, ScrollTimer);
+    const HWND handle = window;
+    if (!notifyParent(handle, chosen ? CBN_SELENDOK : CBN_SELENDCANCEL) || !isOpen()) {
+        return layer::find(handle) != nullptr;
+    }
+    list->hide();
+    if (capture() == handle) {
+        releaseCapture();
+    }
+    return notifyParent(handle, CBN_CLOSEUP);
+}
+
+void ComboBox::select(int row) {
+    setCurrentIndex(row);
+    if (isOpen()) {
+        highlight(row);
+    }
+}
+
+void ComboBox::highlight(int row) {
+    list->view.setCurrentIndex(model.index(row, 0));
+    if (row < 0) {
+        list->view.clearSelection();
+    }
+}
+
+// A key's choice; none at the ends of the list.
+void ComboBox::moveTo(int row) {
+    row = std::clamp(row, 0, model.rowCount() - 1);
+    if (row == currentIndex() || model.rowCount() == 0) {
+        if (isOpen()) {
+            highlight(row);
+        }
+        return;
+    }
+    setCurrentIndex(row);
+    if (isOpen()) {
+        highlight(row);
+        list->view.scrollTo(model.index(row, 0));
+    } else if (!notifyParent(window, CBN_SELENDOK)) {
+        return;
+    }
+    notifyParent(window, CBN_SELCHANGE);
+}
+
+void ComboBox::takeKey(WPARAM key, bool alt) {
+    if ((key == VK_F4 && !alt) || (alt && (key == VK_UP || key == VK_DOWN))) {
+        isOpen() ? static_cast<void>(close(false)) : open();
+        return;
+    }
+    const int at = isOpen() ? highlighted() : currentIndex();
+    const int page = (list ? rows() : std::max(FewestRows, listHeight / (fontMetrics().height() + 2))) - 1;
+    switch (key) {
+        case VK_UP:
+        case VK_LEFT:
+            moveTo(at - 1);
+            break;
+        case VK_DOWN:
+        case VK_RIGHT:
+            moveTo(at + 1);
+            break;
+        case VK_PRIOR:
+            moveTo(at - page);
+            break;
+        case VK_NEXT:
+            moveTo(at + page);
+            break;
+        case VK_HOME:
+            moveTo(0);
+            break;
+        case VK_END:
+            moveTo(model.rowCount() - 1);
+            break;
+        case VK_RETURN: {
+            // What the user sees marked is what he gets, be it by the mouse that rests on it.
+            const int row = isOpen() ? highlighted() : currentIndex();
+            const bool news = row != currentIndex();
+            setCurrentIndex(row);
+            if (close(true) && news) {
+                notifyParent(window, CBN_SELCHANGE);
+            }
+            break;
+        }
+        case VK_ESCAPE:
+            close(false);
+            break;
+        default:
+            break;
+    }
+}
+
+// The row that begins with what was typed in one go, from the given one on and round; that one if none does. A first
+// letter, or the same one again, goes on to the next row.
+int ComboBox::search(const QString& letter, int from) {
+    const Moment now = theClock().now();
+    const bool goesOn = !typed.isEmpty() && now - lastTyped < LongestPauseInSearch;
+    lastTyped = now;
+    typed = goesOn && typed != letter ? typed + letter : letter;
+    const int count = model.rowCount();
+    const int first = std::max(from, 0) + (typed.size() > 1 || from < 0 ? 0 : 1);
+    for (int step = 0; step < count; ++step) {
+        const int row = (first + step) % count;
+        if (model.text(row).startsWith(typed, Qt::CaseInsensitive)) {
+            return row;
+        }
+    }
+    return from;
+}
+
+void ComboBox::takeLetter(const QString& letter) {
+    const bool goesOn = !typed.isEmpty() && theClock().now() - lastTyped < LongestPauseInSearch;
+    if (!letter.at(0).isPrint() || (letter.at(0).isSpace() && !goesOn)) {
+        return;
+    }
+    const int from = isOpen() ? highlighted() : currentIndex();
+    const int found = search(letter, from);
+    if (found >= 0 && found != currentIndex()) {
+        moveTo(found);
+    }
+}
+
+void ComboBox::roll(int turned) {
+    QScrollBar& bar = *list->view.verticalScrollBar();
+    bar.setValue(bar.value() - turned * RowsPerNotch / Notch);
+}
+
+void ComboBox::pressBar(QPoint place) {
+    const QScrollBar& bar = *list->view.verticalScrollBar();
+    const QPoint inside = bar.mapFromGlobal(place);
+    if (!bar.isVisible() || !bar.rect().contains(inside)) {
+        return;
+    }
+    held = Held::Bar;
+    const int side = bar.width();
+    const bool upper = inside.y() < bar.height() / 2;
+    const bool onArrow = inside.y() < side || inside.y() >= bar.height() - side;
+    scrolling = (upper ? -1 : 1) * (onArrow ? 1 : rows());
+    scrollOn();
+}
+
+void ComboBox::scrollOn() {
+    if (isOpen() && held == Held::Bar) {
+        QScrollBar& bar = *list->view.verticalScrollBar();
+        bar.setValue(bar.value() + scrolling);
+        SetTimer(window, ScrollTimer, ScrollPeriod, scrollHeld);
+    }
+}
+
+// The press that opens the list may go on into it; a press outside leaves it and does nothing else.
+LRESULT ComboBox::takeMouse(UINT message, QPoint place) {
+    const int row = isOpen() ? list->rowAt(place) : -1;
+    const bool onRow = row >= 0;
+    switch (message) {
+        case WM_LBUTTONDOWN:
+        case WM_LBUTTONDBLCLK:
+            if (!isOpen()) {
+                SetFocus(window);
+                held = Held::Box;
+                dragged = false;
+                open();
+            } else if (onRow) {
+                held = Held::Row;
+                highlight(row);
+            } else if (list->contains(place)) {
+                pressBar(place);
+            } else {
+                close(false);
+            }
+            break;
+        case WM_MOUSEMOVE:
+            if (onRow && held != Held::Bar) {
+                dragged = held == Held::Box;
+                highlight(row);
+            }
+            break;
+        case WM_LBUTTONUP: {
+            const Held before = std::exchange(held, Held::Nothing);
+            KillTimer(window, ScrollTimer);
+            if (onRow && (before == Held::Row || (before == Held::Box && dragged))) {
+                setCurrentIndex(row);
+                if (close(true)) {
+                    notifyParent(window, CBN_SELCHANGE);
+                }
+            } else if (before == Held::Row || (before == Held::Box && dragged)) {
+                close(false);
+            }
+            break;
+        }
+        default:
+            break;
+    }
+    return 0;
+}
+
+void ComboBox::leave() {
+    const HWND handle = window;
+    const bool still = isOpen() ? close(false) : notifyParent(handle, CBN_SELENDCANCEL);
+    if (still) {
+        notifyParent(handle, CBN_KILLFOCUS);
+    }
+}
 
 ComboBox& boxOf(const Window& window) {
     return static_cast<ComboBox&>(*window.outer);
@@ -253,19 +415,7 @@ LRESULT select(ComboBox& box, WPARAM index) {
     return known ? static_cast<LRESULT>(index) : CB_ERR;
 }
 
-}  // namespace
-
-QWidget* makeComboWidget(Window& window) {
-    if ((window.style & ComboTypeMask) != DropDownList || (window.style & Sorted)) {
-        reportUnsupported("combo box style", QString::number(window.style, 16));
-    }
-    const int whole = window.place.height();
-    window.place.setHeight(window.parent->baseUnits.height() + BoxMargin);
-    return new ComboBox(window.parent->client, window.handle, whole - window.place.height());
-}
-
-LRESULT comboMessage(Window& window, UINT message, WPARAM wParam, LPARAM lParam) {
-    ComboBox& box = boxOf(window);
+LRESULT listMessage(ComboBox& box, UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
         case CB_ADDSTRING:
             return box.model.add(reinterpret_cast<const char*>(lParam));
@@ -284,13 +434,82 @@ LRESULT comboMessage(Window& window, UINT message, WPARAM wParam, LPARAM lParam)
         case CB_GETLBTEXTLEN:
             return entryText(box, wParam, nullptr);
         case CB_SHOWDROPDOWN:
-            wParam ? box.showPopup() : box.hidePopup();
+            wParam ? box.open() : static_cast<void>(box.close(false));
             return TRUE;
+        default:
+            return box.isOpen();
+    }
+}
+
+}  // namespace
+
+QWidget* makeComboWidget(Window& window) {
+    if ((window.style & ComboTypeMask) != DropDownList || (window.style & Sorted)) {
+        reportUnsupported("combo box style", QString::number(window.style, 16));
+    }
+    const int whole = window.place.height();
+    window.place.setHeight(window.parent->baseUnits.height() + BoxMargin);
+    return new ComboBox(window.parent->client, window.handle, whole - window.place.height());
+}
+
+LRESULT comboMessage(Window& window, UINT message, WPARAM wParam, LPARAM lParam) {
+    ComboBox& box = boxOf(window);
+    switch (message) {
+        case CB_ADDSTRING:
+        case CB_RESETCONTENT:
+        case CB_GETCOUNT:
+        case CB_GETCURSEL:
+        case CB_SETCURSEL:
+        case CB_GETLBTEXT:
+        case CB_GETLBTEXTLEN:
+        case CB_SHOWDROPDOWN:
         case CB_GETDROPPEDSTATE:
-            return box.isDropped();
+            return listMessage(box, message, wParam, lParam);
+        case WM_LBUTTONDOWN:
+        case WM_LBUTTONDBLCLK:
+        case WM_LBUTTONUP:
+        case WM_MOUSEMOVE:
+            return box.takeMouse(message, box.mapToGlobal(QPoint(static_cast<short>(LOWORD(lParam)),
+                                                                 static_cast<short>(HIWORD(lParam)))));
+        case WM_MOUSEWHEEL:
+            if (box.isOpen()) {
+                box.roll(static_cast<short>(HIWORD(wParam)));
+                return 0;
+            }
+            // A choice writes to a car, so rolling over a closed list must not choose.
+            return DefWindowProcA(window.handle, message, wParam, lParam);
+        case WM_KEYDOWN:
+            box.takeKey(wParam, false);
+            return 0;
+        case WM_SYSKEYDOWN:
+            box.takeKey(wParam, true);
+            return box.isOpen() ? 0 : DefWindowProcA(window.handle, message, wParam, lParam);
+        case WM_CHAR:
+            box.takeLetter(decode(QByteArray(1, static_cast<char>(wParam)), controlCodePage()));
+            return 0;
+        case WM_SETFOCUS:
+            notifyParent(window.handle, CBN_SETFOCUS);
+            return 0;
+        case WM_KILLFOCUS:
+            box.leave();
+            return 0;
+        case WM_CAPTURECHANGED:
+        case WM_CANCELMODE:
+            box.close(false);
+            return 0;
         default:
             return DefWindowProcA(window.handle, message, wParam, lParam);
     }
+}
+
+HWND openList() {
+    const Window* holder = find(capture());
+    return holder && holder->kind == Kind::Combo && boxOf(*holder).isOpen() ? holder->handle : nullptr;
+}
+
+QAbstractItemView* openListView() {
+    const Window* holder = find(openList());
+    return holder ? &boxOf(*holder).dropped()->view : nullptr;
 }
 
 }  // namespace layer

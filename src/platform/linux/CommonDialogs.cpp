@@ -44,27 +44,32 @@ bool runDialog(const QPointer<QDialog>& dialog, HWND ownerHandle) {
     const HWND owner = asked ? rootOf(*asked).handle : nullptr;
     const bool ownerWasEnabled = IsWindowEnabled(owner);
     bool ended = false;
-    QObject::connect(dialog, &QObject::destroyed, [&ended] { ended = true; });
-    QObject::connect(dialog, &QDialog::finished, [&ended] {
+    const auto noteGone = [&ended] { ended = true; };
+    const auto noteEnd = [&ended] {
         ended = true;
         // The loop looks only between two messages.
         PostMessageA(GetDesktopWindow(), WM_NULL, 0, 0);
-    });
+    };
+    const auto gone = QObject::connect(dialog, &QObject::destroyed, noteGone);
+    const auto finished = QObject::connect(dialog, &QDialog::finished, noteEnd);
     EnableWindow(owner, FALSE);
+    beginForeign(dialog);
     dialog->setFont(dialogFont());
-    dialog->setWindowModality(Qt::ApplicationModal);
     dialog->show();
+    dialog->activateWindow();
     runNestedLoop([](void* flag) { return *static_cast<bool*>(flag); }, &ended);
+    endForeign(dialog);
     if (ownerWasEnabled) {
         EnableWindow(owner, TRUE);
     }
     const bool answered = ended && dialog;
+    QObject::disconnect(gone);
+    QObject::disconnect(finished);
     if (dialog) {
-        dialog->disconnect();
         dialog->hide();
     }
-    if (const Window* active = find(owner); active && active->outer) {
-        active->outer->activateWindow();
+    if (find(owner)) {
+        activate(owner);
     }
     return answered;
 }

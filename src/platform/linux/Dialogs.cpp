@@ -1,6 +1,4 @@
 // Dialogs from templates: modeless children and modal windows of their own.
-#include <QAbstractButton>
-#include <QApplication>
 #include <cmath>
 
 #include "platform/linux/DialogTemplate.h"
@@ -9,12 +7,6 @@
 namespace layer {
 
 namespace {
-
-constexpr DWORD TabStop = 0x00010000;
-constexpr DWORD ButtonTypeMask = 0x0F;
-constexpr DWORD DefaultButton = 1;
-constexpr WPARAM EnterKey = 0x0D;
-constexpr WPARAM EscapeKey = 0x1B;
 
 // A control's class is given by a number or by its name.
 struct ItemKind {
@@ -92,15 +84,6 @@ Window& makeDialog(const DialogTemplate& header, Window* parent, Window* owner, 
     return dialog;
 }
 
-void focusFirst(const Window& dialog) {
-    for (const Window* control : dialog.children) {
-        if ((control->style & TabStop) && control->visible && control->enabled) {
-            control->outer->setFocus();
-            return;
-        }
-    }
-}
-
 // Makes the dialog with its controls and runs WM_INITDIALOG; null if there is no such template.
 HWND openDialog(LPCSTR name, Window* parent, Window* owner, DLGPROC procedure, LPARAM parameter) {
     const std::span<const BYTE> data = findResource(DialogResource, resourceId(name));
@@ -125,51 +108,13 @@ HWND openDialog(LPCSTR name, Window* parent, Window* owner, DLGPROC procedure, L
         return made ? handle : nullptr;
     }
     ShowWindow(handle, SW_SHOW);
-    if (wantsFocus && reallyVisible(*made)) {
-        focusFirst(*made);
+    made = find(handle);
+    if (made && wantsFocus && reallyVisible(*made)) {
+        if (const HWND first = firstTabStop(*made)) {
+            SetFocus(first);
+        }
     }
     return handle;
-}
-
-Window* controlAt(const Window& dialog, const QWidget* widget) {
-    for (Window* control : dialog.children) {
-        if (control->outer == widget) {
-            return control;
-        }
-    }
-    return nullptr;
-}
-
-// Enter presses the focused button, or else the default one.
-int defaultCommand(const Window& dialog) {
-    const Window* focused = controlAt(dialog, QApplication::focusWidget());
-    if (focused && focused->kind == Kind::Button && (focused->style & ButtonTypeMask) <= DefaultButton) {
-        return focused->id;
-    }
-    for (const Window* control : dialog.children) {
-        if (control->kind == Kind::Button && (control->style & ButtonTypeMask) == DefaultButton) {
-            return control->id;
-        }
-    }
-    return IDOK;
-}
-
-// The keys that a dialog takes for itself. A disabled button is not pressed.
-bool takesKey(HWND handle, const MSG& message) {
-    const Window* dialog = find(handle);
-    if (!dialog || message.message != WM_KEYDOWN) {
-        return false;
-    }
-    if (message.wParam != EnterKey && message.wParam != EscapeKey) {
-        return false;
-    }
-    const int command = message.wParam == EnterKey ? defaultCommand(*dialog) : IDCANCEL;
-    const HWND button = GetDlgItem(handle, command);
-    if (!button || IsWindowEnabled(button)) {
-        SendMessageA(handle, WM_COMMAND, MAKEWPARAM(static_cast<unsigned>(command), BN_CLICKED),
-                     reinterpret_cast<LPARAM>(button));
-    }
-    return true;
 }
 
 void runModal(HWND handle) {
@@ -179,7 +124,7 @@ void runModal(HWND handle) {
             PostQuitMessage(static_cast<int>(message.wParam));
             return;
         }
-        if (!takesKey(handle, message)) {
+        if (!dialogTakesKey(handle, message)) {
             TranslateMessage(&message);
             DispatchMessageA(&message);
         }
@@ -249,8 +194,8 @@ INT_PTR DialogBoxParamA(HINSTANCE, LPCSTR name, HWND ownerHandle, DLGPROC proced
         EnableWindow(owner, TRUE);
     }
     DestroyWindow(handle);
-    if (const Window* active = find(owner); active && active->outer) {
-        active->outer->activateWindow();
+    if (find(owner)) {
+        activate(owner);
     }
     return result;
 }

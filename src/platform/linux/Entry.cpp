@@ -48,6 +48,7 @@ void prepareApplication() {
     installStyle();
     installLanguage();
     installInput();
+    installLoops();
     QApplication::setQuitOnLastWindowClosed(false);
     for (QScreen* screen : QGuiApplication::screens()) {
         watchScreen(screen);

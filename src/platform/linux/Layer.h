@@ -18,7 +18,10 @@
 
 #include "platform/Win32.h"
 #include "platform/linux/Clock.h"
+#include "platform/linux/Input.h"
 #include "platform/linux/Standing.h"
+
+class QAbstractItemView;
 
 namespace layer {
 
@@ -69,6 +72,7 @@ struct Window {
     Window* parent = nullptr;
     std::vector<Window*> children;  // the last is on top
     HWND owner = nullptr;           // of a dialog that is a window of its own
+    HWND lastFocus = nullptr;       // of a frame or dialog, while it is not the active one
     DWORD style = 0;
     DWORD exStyle = 0;
     int id = 0;
@@ -126,7 +130,6 @@ protected:
     void paintEvent(QPaintEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void moveEvent(QMoveEvent* event) override;
-    void wheelEvent(QWheelEvent* event) override;
 
 private:
     HWND window;
@@ -138,14 +141,18 @@ QWidget* makeDialogWidget(Window& window);
 void makeControlWidget(Window& window);
 QWidget* makeComboWidget(Window& window);
 LRESULT comboMessage(Window& window, UINT message, WPARAM wParam, LPARAM lParam);
-QWidget* makeCheckBoxWidget(const Window& window);
-QWidget* makeGroupBoxWidget(const Window& window);
+QWidget* makeButtonWidget(const Window& window);
 LRESULT buttonMessage(Window& window, UINT message, WPARAM wParam, LPARAM lParam);
 QWidget* makeEditWidget(const Window& window);
 LRESULT editMessage(Window& window, UINT message, WPARAM wParam, LPARAM lParam);
 QWidget* makeScrollBarWidget(const Window& window);
 LRESULT scrollBarMessage(Window& window, UINT message, WPARAM wParam, LPARAM lParam);
-void notifyParent(HWND control, unsigned code);
+// Tells WM_COMMAND, or WM_HSCROLL and the like; false if the control has gone by its end.
+bool notifyParent(HWND control, unsigned code);
+// Whether the mouse does not see it: texts, pictures, frames.
+bool isTransparent(const Window& window);
+// From the first key on the control that has the keyboard is marked.
+void showCues(Window& root);
 QWidget* makeProgressWidget(const Window& window);
 LRESULT progressMessage(Window& window, UINT message, WPARAM wParam, LPARAM lParam);
 // Stops a top-level widget from closing by itself and tells the program; a drag by the user moves the record.
@@ -176,22 +183,29 @@ bool takeDueTimer(MSG& message);
 
 // Messages.
 void forgetMessages(HWND window);
+void installLoops();
+// The first control that Tab goes to, but for one; null if there is none.
+HWND firstTabStop(const Window& dialog, const Window* but = nullptr);
+// Whether a dialog takes a message's key for itself: Enter, Escape, Tab, arrows.
+bool dialogTakesKey(HWND dialog, const MSG& message);
 // Runs messages until done() says so or the quit message comes, which is left for the outer loop.
 void runNestedLoop(bool (*done)(void*), void* argument);
-void installInput();
-// Gives Qt a key that does not pass through the program's loop.
-void handOnDirectly(QWidget& receiver, QKeyEvent& key);
 
-// Menus. A highlighted item of a bar carries this property on its action.
+// Menus. An item of a bar that is highlighted, or that mouse or keyboard are at, carries this property on its action.
 constexpr const char* HighlightProperty = "highlighted";
+constexpr const char* SelectProperty = "selected";
 void attachMenu(Window& window);
 int menuBarHeight(const Window& window);
-// Chooses the item of the menu bar that begins with the letter, or highlights the next one if several do; 0 if none.
-LRESULT openMenuByLetter(Window& window, BYTE letter);
-// F10, and a letter while the bar has the keyboard.
-bool menuBarTakesKey(Window& window, const QKeyEvent& key);
-// Gives the keyboard back once the bar has nothing highlighted any more.
-void leaveMenuBar();
+// What the menu bar does with a letter typed with Alt, with Alt alone or F10, and with a press of the mouse on it.
+void openMenuByLetter(Window& window, const QString& letter);
+void enterMenuBar(Window& window);
+void pressMenuBar(Window& window, QPoint onScreen);
+// Closes what is open of a menu.
+void leaveMenu();
+
+// The combo box whose list is open, and what shows it; null if none is.
+HWND openList();
+QAbstractItemView* openListView();
 
 // Resources: raw data by type and id; empty if there is none.
 enum ResourceType : unsigned {

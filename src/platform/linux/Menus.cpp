@@ -1,7 +1,5 @@
 // Menus: records that stand for themselves, shown by a Qt menu bar while attached to a window.
 #include <QAction>
-#include <QApplication>
-#include <QKeyEvent>
 #include <QMenu>
 #include <QMenuBar>
 #include <algorithm>
@@ -99,10 +97,7 @@ void showItem(MenuItem& item) {
     const bool checked = item.flags & MF_CHECKED;
     const bool pictured = !item.unchecked.isNull() || !item.checked.isNull();
     const QString text = QString::fromUtf8(item.text).replace(QLatin1Char('&'), QStringLiteral("&&"));
-    // The first letter chooses an item of an open popup; the bar's letters are looked up by openMenuByLetter.
-    const bool inPopup = qobject_cast<QMenu*>(item.action->parent());
-    item.action->setText(inPopup && !text.isEmpty() && !text.startsWith(QLatin1Char('&')) ? QLatin1Char('&') + text
-                                                                                          : text);
+    item.action->setText(text);
     item.action->setEnabled(!(item.flags & MF_GRAYED));
     item.action->setIcon(checked ? item.checked : item.unchecked);
     item.action->setCheckable(checked && !pictured);
@@ -112,12 +107,14 @@ void showItem(MenuItem& item) {
 
 void fillPopup(QMenu& popup, HMENU handle, HWND window);
 
+// Qt paints bar and popups; what mouse and keys do in them is decided in MenuTracking.cpp.
 QAction* makeAction(MenuItem& item, QWidget& parent, HWND window) {
     auto* action = new QAction(&parent);
     if (item.flags & MF_SEPARATOR) {
         action->setSeparator(true);
     } else if (item.popup) {
         auto* popup = new QMenu(&parent);
+        popup->setWindowFlags(Qt::ToolTip | Qt::FramelessWindowHint);
         popup->setFont(parent.font());
         fillPopup(*popup, item.popup, window);
         action->setMenu(popup);
@@ -135,53 +132,6 @@ void fillPopup(QMenu& popup, HMENU handle, HWND window) {
         for (MenuItem& item : menu->items) {
             popup.addAction(makeAction(item, popup, window));
         }
-    }
-}
-
-// Opening the first popup from the bar begins the menu loop; it ends when none is open any more.
-void watchLoop(QMenuBar& bar, HWND window) {
-    static bool inLoop = false;
-    for (QAction* action : bar.actions()) {
-        QMenu* popup = action->menu();
-        if (!popup) {
-            continue;
-        }
-        QObject::connect(popup, &QMenu::aboutToShow, [window] {
-            if (!inLoop) {
-                inLoop = true;
-                PostMessageA(window, WM_ENTERMENULOOP, 0, 0);
-            }
-        });
-        QObject::connect(popup, &QMenu::aboutToHide, [window] {
-            const auto noteEnd = [window] {
-                if (inLoop && !qobject_cast<QMenu*>(QApplication::activePopupWidget())) {
-                    inLoop = false;
-                    PostMessageA(window, WM_EXITMENULOOP, 0, 0);
-                }
-            };
-            QMetaObject::invokeMethod(qApp, noteEnd, Qt::QueuedConnection);
-        });
-    }
-}
-
-// Who had the keyboard before the bar took it.
-QPointer<QWidget> focusBeforeBar;
-
-// Highlights an item of the bar without choosing it, as Alt and the arrow keys do.
-void selectOnBar(QMenuBar& bar, QAction& action) {
-    if (!bar.hasFocus()) {
-        focusBeforeBar = QApplication::focusWidget();
-        bar.setFocus(Qt::MenuBarFocusReason);
-    }
-    // Making an item active opens its popup, so the way to one that has a popup goes from one that has none.
-    const QList<QAction*> items = bar.actions();
-    const auto plain = std::ranges::find_if(items, [](const QAction* item) { return !item->menu(); });
-    if (!bar.activeAction() && plain != items.end()) {
-        bar.setActiveAction(*plain);
-    }
-    for (qsizetype steps = items.size(); steps > 0 && bar.activeAction() != &action; --steps) {
-        QKeyEvent right(QEvent::KeyPress, Qt::Key_Right, Qt::NoModifier);
-        handOnDirectly(bar, right);
     }
 }
 
@@ -209,6 +159,7 @@ MenuItem* change(HMENU menu, UINT id, UINT flags, const std::function<void(MenuI
 }  // namespace
 
 void attachMenu(Window& window) {
+    leaveMenu();
     delete window.outer->findChild<QMenuBar*>();
     Menu* menu = findMenu(window.menu);
     if (!menu) {
@@ -220,71 +171,12 @@ void attachMenu(Window& window) {
     for (MenuItem& item : menu->items) {
         bar->addAction(makeAction(item, *bar, window.handle));
     }
-    watchLoop(*bar, window.handle);
     bar->setGeometry(0, 0, clientSize(window).width(), menuBarHeight(window));
     bar->show();
 }
 
 size_t livingMenus() {
     return menus().size();
-}
-
-LRESULT openMenuByLetter(Window& window, BYTE letter) {
-    QMenuBar* bar = window.outer ? window.outer->findChild<QMenuBar*>() : nullptr;
-    const QString wanted = decode(QByteArray(1, static_cast<char>(letter)), controlCodePage());
-    if (!bar) {
-        return 0;
-    }
-    QList<QAction*> matches;
-    for (QAction* action : bar->actions()) {
-        if (action->text().startsWith(wanted, Qt::CaseInsensitive)) {
-            matches.append(action);
-        }
-    }
-    if (matches.isEmpty()) {
-        return 0;
-    }
-    if (matches.size() > 1) {
-        const qsizetype now = matches.indexOf(bar->activeAction());
-        selectOnBar(*bar, *matches[(now + 1) % matches.size()]);
-    } else if (QMenu* popup = matches.first()->menu()) {
-        bar->setActiveAction(matches.first());
-        popup->setActiveAction(popup->actions().first());
-    } else {
-        matches.first()->trigger();
-    }
-    return 1;
-}
-
-bool menuBarTakesKey(Window& window, const QKeyEvent& key) {
-    QMenuBar* bar = window.outer ? window.outer->findChild<QMenuBar*>() : nullptr;
-    if (!bar) {
-        return false;
-    }
-    if (!bar->activeAction()) {
-        const bool enters = key.key() == Qt::Key_F10 && key.modifiers() == Qt::NoModifier;
-        if (enters) {
-            selectOnBar(*bar, *bar->actions().first());
-        }
-        return enters;
-    }
-    const bool letter = !key.text().isEmpty() && key.text().at(0).isLetterOrNumber();
-    if (letter) {
-        openMenuByLetter(window, static_cast<BYTE>(encode(key.text(), controlCodePage()).at(0)));
-    }
-    return letter;
-}
-
-void leaveMenuBar() {
-    auto* bar = qobject_cast<QMenuBar*>(QApplication::focusWidget());
-    if (!bar || bar->activeAction()) {
-        return;
-    }
-    if (focusBeforeBar) {
-        focusBeforeBar->setFocus(Qt::MenuBarFocusReason);
-    } else {
-        bar->clearFocus();
-    }
 }
 
 }  // namespace layer

@@ -1,8 +1,7 @@
-// Scroll bars that are controls.
-#include <QMouseEvent>
+// Scroll bars that are controls: Qt paints them, what they do is decided here.
 #include <QScrollBar>
 #include <QStyleOptionSlider>
-#include <QWheelEvent>
+#include <algorithm>
 
 #include "platform/linux/Layer.h"
 
@@ -11,21 +10,22 @@ namespace layer {
 namespace {
 
 constexpr DWORD ScrollVertical = 0x0001;
+constexpr DWORD TabStop = 0x00010000;
 constexpr UINT_PTR RepeatTimer = 1;
 constexpr UINT RepeatDelay = 400;
 constexpr UINT RepeatPeriod = 50;
-
-void CALLBACK repeatHeld(HWND window, UINT, UINT_PTR, DWORD);
+// A thumb that is dragged off its bar, so many times its thickness, goes back to where it was.
+constexpr int MarginAcross = 8;
+constexpr int MarginAlong = 2;
 
 struct ScrollKey {
-    int key;
+    WPARAM key;
     WORD code;
 };
 
 constexpr ScrollKey ScrollKeys[] = {
-    {Qt::Key_Left, SB_LINELEFT},  {Qt::Key_Up, SB_LINELEFT},     {Qt::Key_Right, SB_LINERIGHT},
-    {Qt::Key_Down, SB_LINERIGHT}, {Qt::Key_PageUp, SB_PAGELEFT}, {Qt::Key_PageDown, SB_PAGERIGHT},
-    {Qt::Key_Home, SB_LEFT},      {Qt::Key_End, SB_RIGHT},
+    {VK_LEFT, SB_LINELEFT},  {VK_UP, SB_LINELEFT},    {VK_RIGHT, SB_LINERIGHT}, {VK_DOWN, SB_LINERIGHT},
+    {VK_PRIOR, SB_PAGELEFT}, {VK_NEXT, SB_PAGERIGHT}, {VK_HOME, SB_LEFT},       {VK_END, SB_RIGHT},
 };
 
 struct ScrollPart {
@@ -40,12 +40,13 @@ constexpr ScrollPart ScrollParts[] = {
     {QStyle::SC_ScrollBarAddPage, SB_PAGERIGHT},
 };
 
+void CALLBACK repeatHeld(HWND window, UINT, UINT_PTR, DWORD);
+
 // Tells its parent what the user does; where the thumb then stands is the parent's decision, so that it follows the
 // mouse only while it is held.
 class ScrollBar : public QScrollBar {
 public:
     ScrollBar(QWidget* parent, HWND shown, Qt::Orientation along) : QScrollBar(along, parent), window(shown) {
-        setFocusPolicy(Qt::StrongFocus);
         setContextMenuPolicy(Qt::NoContextMenu);
         setRange(0, 100);
         setPageStep(1);
@@ -57,103 +58,128 @@ public:
         return before;
     }
 
+    void press(QPoint place) {
+        setCapture(window);
+        at = place;
+        held = partAt(place);
+        if (held == QStyle::SC_ScrollBarSlider) {
+            const QRect thumb = partRect(held);
+            grip = along(place) - along(thumb.topLeft());
+            track = start = value();
+            tracked = false;
+        } else if (const auto* row = codeOf(held); row && tell(row->code)) {
+            SetTimer(window, RepeatTimer, RepeatDelay, repeatHeld);
+        }
+    }
+
+    // The hold goes on, but works only while the mouse is over the part.
     void repeat() {
         SetTimer(window, RepeatTimer, RepeatPeriod, repeatHeld);
-        tell(held);
-    }
-
-protected:
-    void mousePressEvent(QMouseEvent* event) override {
-        if (event->button() != Qt::LeftButton) {
-            return;
-        }
-        QStyleOptionSlider option;
-        initStyleOption(&option);
-        const auto part = style()->hitTestComplexControl(QStyle::CC_ScrollBar, &option, event->pos(), this);
-        if (part == QStyle::SC_ScrollBarSlider) {
-            const QRect thumb = style()->subControlRect(QStyle::CC_ScrollBar, &option, part, this);
-            grip = along(event->pos()) - along(thumb.topLeft());
-            dragging = true;
-            return;
-        }
-        for (const ScrollPart& row : ScrollParts) {
-            if (row.part == part) {
-                held = row.code;
-                holding = true;
-                tell(held);
-                SetTimer(window, RepeatTimer, RepeatDelay, repeatHeld);
-            }
-        }
-    }
-
-    void mouseMoveEvent(QMouseEvent* event) override {
-        if (!dragging) {
-            return;
-        }
-        QStyleOptionSlider option;
-        initStyleOption(&option);
-        const QRect groove = style()->subControlRect(QStyle::CC_ScrollBar, &option, QStyle::SC_ScrollBarGroove, this);
-        const QRect thumb = style()->subControlRect(QStyle::CC_ScrollBar, &option, QStyle::SC_ScrollBarSlider, this);
-        const int room =
-            orientation() == Qt::Horizontal ? groove.width() - thumb.width() : groove.height() - thumb.height();
-        track = QStyle::sliderValueFromPosition(minimum(), maximum(),
-                                                along(event->pos()) - along(groove.topLeft()) - grip, room);
-        tracked = true;
-        tell(SB_THUMBTRACK, track);
-    }
-
-    void mouseReleaseEvent(QMouseEvent*) override {
-        KillTimer(window, RepeatTimer);
-        if (dragging && tracked) {
-            tell(SB_THUMBPOSITION, track);
-        }
-        if (dragging || holding) {
-            dragging = tracked = holding = false;
-            tell(SB_ENDSCROLL);
-        }
-    }
-
-    void keyPressEvent(QKeyEvent* event) override {
-        const auto* row = std::ranges::find(ScrollKeys, event->key(), &ScrollKey::key);
-        if (row != std::end(ScrollKeys)) {
+        const auto* row = codeOf(held);
+        if (row && partAt(at) == held) {
             tell(row->code);
         }
     }
 
-    void keyReleaseEvent(QKeyEvent* event) override {
-        if (!event->isAutoRepeat() &&
-            std::ranges::find(ScrollKeys, event->key(), &ScrollKey::key) != std::end(ScrollKeys)) {
-            tell(SB_ENDSCROLL);
+    void move(QPoint place) {
+        at = place;
+        if (held != QStyle::SC_ScrollBarSlider) {
+            return;
+        }
+        const QRect groove = partRect(QStyle::SC_ScrollBarGroove);
+        const QRect thumb = partRect(QStyle::SC_ScrollBarSlider);
+        const bool across = orientation() == Qt::Horizontal;
+        const int room = across ? groove.width() - thumb.width() : groove.height() - thumb.height();
+        const int thickness = across ? height() : width();
+        const QSize margin = QSize(MarginAlong, MarginAcross) * thickness;
+        const bool far =
+            !rect()
+                 .marginsAdded(across ? QMargins(margin.width(), margin.height(), margin.width(), margin.height())
+                                      : QMargins(margin.height(), margin.width(), margin.height(), margin.width()))
+                 .contains(place);
+        const int position = far ? start
+                                 : QStyle::sliderValueFromPosition(minimum(), maximum(),
+                                                                   along(place) - along(groove.topLeft()) - grip, room);
+        if (position != track || !tracked) {
+            track = position;
+            tracked = true;
+            tell(SB_THUMBTRACK, track);
         }
     }
 
-    void wheelEvent(QWheelEvent* event) override {
-        event->ignore();
+    // The end of a hold, by the release or because it was taken away.
+    void release() {
+        if (held == QStyle::SC_None) {
+            return;
+        }
+        KillTimer(window, RepeatTimer);
+        const bool dragged = held == QStyle::SC_ScrollBarSlider && tracked;
+        held = QStyle::SC_None;
+        const HWND handle = window;
+        if (capture() == handle) {
+            releaseCapture();
+        }
+        if (!dragged || tell(SB_THUMBPOSITION, track)) {
+            tellFor(handle, SB_ENDSCROLL, 0);
+        }
+    }
+
+    void takeKey(WPARAM key, bool down) {
+        const auto* row = std::ranges::find(ScrollKeys, key, &ScrollKey::key);
+        if (row != std::end(ScrollKeys)) {
+            tell(down ? row->code : SB_ENDSCROLL);
+        }
     }
 
 private:
     int along(QPoint point) const {
         return orientation() == Qt::Horizontal ? point.x() : point.y();
     }
-    void tell(WORD code, int position = 0) {
-        if (const Window* bar = layer::find(window); bar && bar->parent) {
-            SendMessageA(bar->parent->handle, orientation() == Qt::Horizontal ? WM_HSCROLL : WM_VSCROLL,
-                         MAKEWPARAM(code, static_cast<unsigned>(position)), reinterpret_cast<LPARAM>(window));
+    QStyle::SubControl partAt(QPoint place) const {
+        QStyleOptionSlider option;
+        initStyleOption(&option);
+        return style()->hitTestComplexControl(QStyle::CC_ScrollBar, &option, place, this);
+    }
+    QRect partRect(QStyle::SubControl part) const {
+        QStyleOptionSlider option;
+        initStyleOption(&option);
+        return style()->subControlRect(QStyle::CC_ScrollBar, &option, part, this);
+    }
+    static const ScrollPart* codeOf(QStyle::SubControl part) {
+        const auto* row = std::ranges::find(ScrollParts, part, &ScrollPart::part);
+        return row == std::end(ScrollParts) ? nullptr : row;
+    }
+    // False if the bar has gone by then.
+    bool tell(WORD code, int position = 0) {
+        return tellFor(window, code, position);
+    }
+    static bool tellFor(HWND bar, WORD code, int position) {
+        const Window* window = layer::find(bar);
+        if (!window || !window->parent) {
+            return false;
         }
+        const bool across = !(window->style & ScrollVertical);
+        SendMessageA(window->parent->handle, across ? WM_HSCROLL : WM_VSCROLL,
+                     MAKEWPARAM(code, static_cast<unsigned>(position)), reinterpret_cast<LPARAM>(bar));
+        return layer::find(bar) != nullptr;
     }
 
     HWND window;
-    WORD held = 0;
-    bool holding = false;
-    bool dragging = false;
+    QStyle::SubControl held = QStyle::SC_None;
+    QPoint at;  // the mouse, while it holds the bar
     bool tracked = false;
     int grip = 0;
     int track = 0;
+    int start = 0;
 };
+
+ScrollBar& barOf(const Window& window) {
+    return static_cast<ScrollBar&>(*window.outer);
+}
 
 void CALLBACK repeatHeld(HWND window, UINT, UINT_PTR, DWORD) {
     if (const Window* bar = layer::find(window)) {
-        static_cast<ScrollBar&>(*bar->outer).repeat();
+        barOf(*bar).repeat();
     }
 }
 
@@ -165,12 +191,32 @@ QWidget* makeScrollBarWidget(const Window& window) {
 }
 
 LRESULT scrollBarMessage(Window& window, UINT message, WPARAM wParam, LPARAM lParam) {
-    auto& bar = static_cast<ScrollBar&>(*window.outer);
+    ScrollBar& bar = barOf(window);
+    const QPoint place(static_cast<short>(LOWORD(lParam)), static_cast<short>(HIWORD(lParam)));
     switch (message) {
         case SBM_SETPOS:
             return bar.setPosition(static_cast<int>(wParam));
         case SBM_GETPOS:
             return bar.value();
+        case WM_LBUTTONDOWN:
+        case WM_LBUTTONDBLCLK:
+            if (window.style & TabStop) {
+                SetFocus(window.handle);
+            }
+            bar.press(place);
+            return 0;
+        case WM_MOUSEMOVE:
+            bar.move(place);
+            return 0;
+        case WM_LBUTTONUP:
+        case WM_CAPTURECHANGED:
+        case WM_CANCELMODE:
+            bar.release();
+            return 0;
+        case WM_KEYDOWN:
+        case WM_KEYUP:
+            bar.takeKey(wParam, message == WM_KEYDOWN);
+            return 0;
         default:
             return DefWindowProcA(window.handle, message, wParam, lParam);
     }

@@ -36,7 +36,7 @@ public:
         }
         const QAction* action = bar->actionAt(item->rect.center());
         const bool highlighted = action && action->property(HighlightProperty).toBool();
-        const bool active = item->state & State_Selected;
+        const bool active = action && action->property(SelectProperty).toBool();
         const QColor ground = active        ? item->palette.color(QPalette::Highlight)
                               : highlighted ? QColor(0xCC, 0xDD, 0xF2)
                                             : item->palette.color(QPalette::Window);

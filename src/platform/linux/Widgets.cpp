@@ -1,14 +1,12 @@
 // The Qt widgets behind the windows.
-#include <QApplication>
+#include <QAbstractButton>
 #include <QCloseEvent>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QPaintEvent>
-#include <QPushButton>
 #include <QScreen>
-#include <QStyleOptionButton>
 #include <QWindow>
 
 #include "platform/linux/Layer.h"
@@ -22,12 +20,6 @@ constexpr int BorderWidth = 3;
 constexpr int CaptionHeight = 23;
 constexpr int MenuHeight = 20;
 
-constexpr DWORD ButtonTypeMask = 0x0F;
-constexpr DWORD ButtonMultiline = 0x2000;
-constexpr DWORD PlainButton = 0;
-constexpr DWORD DefaultButton = 1;
-constexpr DWORD AutoCheckBox = 3;
-constexpr DWORD GroupBox = 7;
 constexpr DWORD StaticTypeMask = 0x1F;
 constexpr Qt::WindowFlags DialogFlags =
     Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint;
@@ -47,15 +39,6 @@ protected:
 
     void moveEvent(QMoveEvent*) override {
         noteMove(window, *this);
-    }
-
-    // The window itself takes the keyboard when it becomes active, so that its accelerators work.
-    bool event(QEvent* event) override {
-        const bool taken = QWidget::event(event);
-        if (event->type() == QEvent::WindowActivate) {
-            setFocus();
-        }
-        return taken;
     }
 
     void showEvent(QShowEvent*) override {
@@ -79,40 +62,6 @@ private:
     }
 
     HWND window;
-};
-
-// A push button whose text may take several lines.
-class PushButton : public QPushButton {
-public:
-    PushButton(QWidget* parent, HWND shown, DWORD style)
-        : QPushButton(parent), wraps(style & ButtonMultiline), isDefault((style & ButtonTypeMask) == DefaultButton) {
-        setAutoDefault(false);
-        connect(this, &QPushButton::clicked, this, [shown] { notifyParent(shown, BN_CLICKED); });
-    }
-
-protected:
-    void paintEvent(QPaintEvent*) override {
-        QPainter painter(this);
-        QStyleOptionButton option;
-        initStyleOption(&option);
-        const QString label = option.text;
-        option.text.clear();
-        // Enter presses the focused button, or else the default one; the look says which.
-        const bool otherFocused = dynamic_cast<const PushButton*>(QApplication::focusWidget()) && !hasFocus();
-        option.features.setFlag(QStyleOptionButton::DefaultButton, isDefault && !otherFocused);
-        style()->drawControl(QStyle::CE_PushButton, &option, &painter, this);
-        QRect inside = rect().adjusted(3, 2, -3, -2);
-        if (option.state & QStyle::State_Sunken) {
-            inside.translate(1, 1);
-        }
-        const auto role = isEnabled() ? QPalette::Normal : QPalette::Disabled;
-        painter.setPen(palette().color(role, QPalette::ButtonText));
-        painter.drawText(inside, Qt::AlignCenter | Qt::TextHideMnemonic | (wraps ? Qt::TextWordWrap : 0), label);
-    }
-
-private:
-    bool wraps;
-    bool isDefault;
 };
 
 }  // namespace
@@ -140,18 +89,21 @@ void Canvas::moveEvent(QMoveEvent*) {
     noteMove(window, *this);
 }
 
-// The wheel belongs to the dialog under the mouse, whichever of its controls that passes over: none takes it for
-// itself but an open list.
-void Canvas::wheelEvent(QWheelEvent* event) {
-    const QPoint at = event->globalPosition().toPoint();
-    SendMessageA(window, WM_MOUSEWHEEL, MAKEWPARAM(0, static_cast<unsigned>(event->angleDelta().y())),
-                 MAKELPARAM(static_cast<unsigned>(at.x()), static_cast<unsigned>(at.y())));
-}
-
-void notifyParent(HWND control, unsigned code) {
+bool notifyParent(HWND control, unsigned code) {
     if (const Window* window = find(control); window && window->parent) {
         SendMessageA(window->parent->handle, WM_COMMAND, MAKEWPARAM(static_cast<unsigned>(window->id), code),
                      reinterpret_cast<LPARAM>(control));
+    }
+    return find(control) != nullptr;
+}
+
+void showCues(Window& root) {
+    QWidget* const widget = root.outer;
+    if (widget && !widget->testAttribute(Qt::WA_KeyboardFocusChange)) {
+        widget->setAttribute(Qt::WA_KeyboardFocusChange);
+        if (const Window* focused = find(GetFocus())) {
+            focused->client->update();
+        }
     }
 }
 
@@ -174,7 +126,6 @@ QWidget* makeFrameWidget(Window& window) {
 QWidget* makeDialogWidget(Window& window) {
     const Window* owner = find(window.owner);
     auto* widget = new Canvas(owner ? owner->outer.data() : nullptr, window.handle, DialogFlags);
-    widget->setWindowModality(Qt::ApplicationModal);
     return widget;
 }
 
@@ -192,22 +143,6 @@ void placeFrame(Window& window) {
 }
 
 namespace {
-
-QWidget* makeButton(const Window& window) {
-    const DWORD type = window.style & ButtonTypeMask;
-    switch (type) {
-        case PlainButton:
-        case DefaultButton:
-            return new PushButton(window.parent->client, window.handle, window.style);
-        case AutoCheckBox:
-            return makeCheckBoxWidget(window);
-        case GroupBox:
-            return makeGroupBoxWidget(window);
-        default:
-            reportUnsupported("button type", QString::number(type));
-            return nullptr;
-    }
-}
 
 // Texts, pictures and etched lines.
 QWidget* makeStatic(const Window& window) {
@@ -249,7 +184,7 @@ QWidget* makeStatic(const Window& window) {
 void makeControlWidget(Window& window) {
     switch (window.kind) {
         case Kind::Button:
-            window.outer = makeButton(window);
+            window.outer = makeButtonWidget(window);
             break;
         case Kind::Combo:
             window.outer = makeComboWidget(window);
@@ -267,6 +202,8 @@ void makeControlWidget(Window& window) {
             window.outer = makeStatic(window);
     }
     window.outer->setFont(window.parent->font);
+    // Only the layer moves the keyboard.
+    window.outer->setFocusPolicy(Qt::NoFocus);
     window.client = window.outer;
 }
 
@@ -278,6 +215,7 @@ void applyText(Window& window) {
         box->setTitle(text);
     } else if (auto* edit = qobject_cast<QLineEdit*>(window.outer.data())) {
         edit->setText(text);
+        edit->setCursorPosition(0);
     } else if (auto* label = qobject_cast<QLabel*>(window.outer.data())) {
         if ((window.style & StaticTypeMask) <= SS_RIGHT) {
             label->setText(text);

@@ -37,6 +37,7 @@ int procedureDepth = 0;
 
 void destroyTree(Window& window) {
     const HWND handle = window.handle;
+    forgetInput(window);
     window.dying = true;
     callProcedure(window, WM_DESTROY, 0, 0);
     Window* still = find(handle);
@@ -258,6 +259,13 @@ BOOL ShowWindow(HWND handle, int command) {
     if (before == show) {
         return before;
     }
+    if (!show) {
+        letGo(*window, window->parent ? firstTabStop(*window->parent, window) : nullptr);
+        window = find(handle);
+        if (!window) {
+            return before;
+        }
+    }
     if (!show && window->parent && reallyVisible(*window)) {
         invalidate(*window->parent, window->place, true);
     }
@@ -265,6 +273,11 @@ BOOL ShowWindow(HWND handle, int command) {
     window->outer->setVisible(show);
     if (show) {
         invalidateAll(*window);
+        if (!window->parent) {
+            activate(handle);
+        }
+    } else if (activeWindow() == handle) {
+        activateNext();
     }
     return before;
 }
@@ -297,6 +310,13 @@ BOOL EnableWindow(HWND handle, BOOL enable) {
         return FALSE;
     }
     const bool before = window->enabled;
+    if (!enable) {
+        letGo(*window, nullptr);
+        window = find(handle);
+        if (!window) {
+            return !before;
+        }
+    }
     window->enabled = enable != FALSE;
     // A disabled window of its own does not grey its controls; the modal dialog over it keeps the input away.
     if (window->parent) {
