@@ -24,7 +24,7 @@ double SteadySeconds() {
 
 }  // namespace
 
-Server::Server(Config asked) : origin(SteadySeconds()), responder(asked) {
+Server::Server(const Config& asked) : origin(SteadySeconds()), responder(asked) {
     terminal.open(asked.portLink);
     wakeHandle = ::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
     if (wakeHandle < 0) {

@@ -17,7 +17,7 @@ namespace simulator {
 class Server {
 public:
     // Makes the device and begins to serve. Throws std::system_error.
-    explicit Server(Config config);
+    explicit Server(const Config& config);
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
     ~Server() {

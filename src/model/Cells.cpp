@@ -116,6 +116,11 @@ BYTE MirrorValue(MirrorByte place) {
     return 0;
 }
 
+bool CellKnown(unsigned cell, int family) {
+    constexpr BYTE marker = 0;
+    return MirrorValue({CellMirror(cell, family).mirror, marker}) == BlockMarker;
+}
+
 BYTE CellValue(unsigned cell, int family) {
     return MirrorValue(CellMirror(cell, family));
 }

@@ -79,7 +79,10 @@ struct MirrorByte {
 MirrorByte CellMirror(unsigned cell, int family);
 // The byte as last read, 0 for Mirror::None.
 BYTE MirrorValue(MirrorByte place);
-// Both in one: the value of a cell as last read.
+// Whether the block of a cell has been read since the link came up; else its mirror holds zeroes. Who changes some bits
+// of a cell needs the others.
+bool CellKnown(unsigned cell, int family);
+// The value of a cell as last read.
 BYTE CellValue(unsigned cell, int family);
 
 // The cell of the first opening of the gas valve: Otwarcie_GAZU or, in Family4, WOZG.

@@ -72,6 +72,9 @@ void Tick(HWND dialog) {
 
 // The other nibble stays as last read.
 void WriteCorrection(const CorrectionRow& row, int entry) {
+    if (!CellKnown(row.cell, ControllerFamily)) {
+        return;
+    }
     const unsigned field = static_cast<unsigned>(MostField - entry);
     const unsigned other = CellValue(row.cell, ControllerFamily) & ~row.mask;
     WriteCell(row.cell, static_cast<BYTE>(other | field << row.shift));

@@ -243,7 +243,7 @@ void RestoreThresholds() {
 
 void TakeSensorType(HWND dialog, WORD news) {
     const int entry = ChosenEntry(dialog, IDC_GAS_SENSOR_TYPE, news);
-    if (entry != NoEntry && FamilyServed()) {
+    if (entry != NoEntry && FamilyServed() && CellKnown(ParamCell::Options, ControllerFamily)) {
         const unsigned others = Options() & ~static_cast<unsigned>(OptionsBit::GasSensorMask);
         WriteCell(ParamCell::Options, static_cast<BYTE>(others | SensorBits[static_cast<std::size_t>(entry)]));
     }

@@ -79,6 +79,9 @@ void WriteEntry(const TuningControl& control, unsigned entry) {
         }
         return;
     }
+    if (!CellKnown(cell, ControllerFamily)) {
+        return;
+    }
     const unsigned code = control.values.empty() ? entry : control.values[entry];
     const unsigned value = control.inverted ? code ^ 1u : code;
     const unsigned others = CellValue(cell, ControllerFamily) & ~static_cast<unsigned>(control.mask);

@@ -2,6 +2,7 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QLineEdit>
+#include <QMenu>
 #include <QRegularExpressionValidator>
 
 #include "platform/linux/Layer.h"
@@ -34,6 +35,16 @@ public:
         makeReadOnly(style & ReadOnly);
         if (style & Number) {
             setValidator(new QRegularExpressionValidator(QRegularExpression(QStringLiteral("[0-9]*")), this));
+        }
+        if (capitals) {
+            // What comes by its menu.
+            connect(this, &QLineEdit::textEdited, this, [this](const QString& edited) {
+                if (edited != inCapitals(edited)) {
+                    const int caret = cursorPosition();
+                    setText(inCapitals(edited));
+                    setCursorPosition(caret);
+                }
+            });
         }
         connect(this, &QLineEdit::textChanged, this, [shown](const QString& now) {
             if (Window* edit = layer::find(shown)) {
@@ -242,6 +253,16 @@ LRESULT editMessage(Window& window, UINT message, WPARAM wParam, LPARAM lParam) 
                 edit.takeLetter(letter);
             }
             return 0;
+        case WM_RBUTTONUP: {
+            const HWND handle = window.handle;
+            SetFocus(handle);
+            if (find(handle)) {
+                showForeignMenu(
+                    edit.createStandardContextMenu(),
+                    edit.mapToGlobal(QPoint(static_cast<short>(LOWORD(lParam)), static_cast<short>(HIWORD(lParam)))));
+            }
+            return 0;
+        }
         case WM_SETFOCUS:
             notifyParent(window.handle, EN_SETFOCUS);
             return 0;

@@ -1,16 +1,13 @@
 #include "platform/linux/Input.h"
 
-#include <QAbstractButton>
 #include <QApplication>
 #include <QInputMethodEvent>
 #include <QKeyEvent>
-#include <QLabel>
 #include <QMouseEvent>
 #include <QThread>
 #include <QWheelEvent>
 #include <algorithm>
 #include <deque>
-#include <utility>
 
 #include "platform/linux/Layer.h"
 
@@ -20,17 +17,15 @@ namespace {
 
 constexpr Moment LongestDoubleClick = 500 * Millisecond;
 constexpr int WidestDoubleClick = 4;
+// No key repeats before it was held so long.
+constexpr Moment ShortestRepeatedHold = 100 * Millisecond;
+constexpr Moment LongestGapInRepeat = 20 * Millisecond;
 constexpr LPARAM AltHeld = 1 << 29;
 constexpr LPARAM WasDown = 1 << 30;
 
 std::deque<RawInput> waiting;
 RawInput lastKey;
 InputMode* mode = nullptr;
-HWND captured = nullptr;
-HWND active = nullptr;
-HWND focus = nullptr;
-std::vector<QPointer<QWidget>> foreign;
-bool handingOn = false;
 bool altAlone = false;  // nothing else was done since Alt went down
 
 struct KeyName {
@@ -80,7 +75,7 @@ RawInput::What whatOf(QEvent::Type type) {
 class InputFilter : public QObject {
 protected:
     bool eventFilter(QObject* receiver, QEvent* event) override {
-        if (handingOn) {
+        if (isHandingOn()) {
             return false;
         }
         if (!receiver->isWindowType()) {
@@ -104,7 +99,7 @@ protected:
             case QEvent::ContextMenu:
             case QEvent::Enter:
             case QEvent::Leave:
-                return foreign.empty();
+                return foreignDialog() == nullptr;
             default:
                 return false;
         }
@@ -142,7 +137,7 @@ private:
 
     // Letters made of several keys, or by an input method.
     static bool takeComposed(const QInputMethodEvent& event) {
-        if (event.commitString().isEmpty() || !foreign.empty()) {
+        if (event.commitString().isEmpty() || foreignDialog()) {
             return false;
         }
         for (const QChar letter : event.commitString()) {
@@ -222,7 +217,7 @@ void showCursor(const Window& window) {
 
 bool takeMouse(const RawInput& input, MSG& message) {
     altAlone = altAlone && input.what != RawInput::What::Press;
-    Window* target = find(captured);
+    Window* target = find(capture());
     if (!target) {
         Window* const top = topmostAt(input.at);
         if (!top || !top->enabled) {
@@ -245,7 +240,7 @@ bool takeMouse(const RawInput& input, MSG& message) {
     if (input.what != RawInput::What::Move && input.button != Qt::LeftButton && input.button != Qt::RightButton) {
         return false;
     }
-    if (input.what == RawInput::What::Press && active != rootOf(*target).handle) {
+    if (input.what == RawInput::What::Press && activeWindow() != rootOf(*target).handle) {
         activate(rootOf(*target).handle);
     }
     showCursor(*target);
@@ -254,9 +249,31 @@ bool takeMouse(const RawInput& input, MSG& message) {
     return true;
 }
 
+// A key that is held repeats as released and pressed in one moment. Qt marks both, but not where it told the release
+// before it had the press.
+bool isHalfOfRepeat(const RawInput& release) {
+    const bool heldLong = lastKey.repeats || release.when - lastKey.when >= ShortestRepeatedHold;
+    if (release.repeats || lastKey.key != release.key || !heldLong) {
+        return release.repeats;
+    }
+    const Moment end = theClock().now() + LongestGapInRepeat;
+    while (waiting.empty() && theClock().now() < end) {
+        theClock().waitForDesktop(end);
+    }
+    const bool pressed = !waiting.empty() && waiting.front().what == RawInput::What::KeyDown &&
+                         waiting.front().key == release.key && waiting.front().when == release.when;
+    if (pressed) {
+        waiting.front().repeats = true;
+    }
+    return pressed;
+}
+
 bool takeKey(const RawInput& input, MSG& message) {
     const bool down = input.what == RawInput::What::KeyDown;
-    const Window* target = find(focus ? focus : active);
+    if (!down && isHalfOfRepeat(input)) {
+        return false;
+    }
+    const Window* target = find(GetFocus() ? GetFocus() : activeWindow());
     if (!target) {
         return false;
     }
@@ -281,86 +298,10 @@ void noteActivation() {
         return;
     }
     // What came back meanwhile was only on its way from one of our windows to another.
-    if (!QGuiApplication::focusWindow()) {
+    if (!isOurs(QGuiApplication::focusWindow())) {
         activate(nullptr);
-    } else if (!active) {
+    } else if (!activeWindow()) {
         activateNext();
-    }
-}
-
-QWidget* topForeign() {
-    if (QWidget* popup = QApplication::activePopupWidget()) {
-        return popup;
-    }
-    QWidget* modal = QApplication::activeModalWidget();
-    return modal ? modal : foreign.back().data();
-}
-
-// A shortcut's letter, which Qt would look up before the keys that wait.
-bool pressesShortcut(QWidget& dialog, const RawInput& input) {
-    if (input.what != RawInput::What::KeyDown || input.modifiers != Qt::AltModifier) {
-        return false;
-    }
-    const QKeySequence wanted(Qt::ALT | static_cast<Qt::Key>(input.key));
-    for (auto* button : dialog.findChildren<QAbstractButton*>()) {
-        if (button->isVisible() && button->isEnabled() && button->shortcut() == wanted) {
-            button->click();
-            return true;
-        }
-    }
-    for (auto* label : dialog.findChildren<QLabel*>()) {
-        if (label->buddy() && QKeySequence::mnemonic(label->text()) == wanted) {
-            label->buddy()->setFocus(Qt::ShortcutFocusReason);
-            return true;
-        }
-    }
-    return false;
-}
-
-// Gives Qt what belongs to one of its own dialogs. What was meant for a window that has gone since goes to the dialog
-// that came instead, as far as it hits it.
-void handOn(const RawInput& input) {
-    QWidget* const dialog = topForeign();
-    if (!dialog || !dialog->windowHandle() || !input.event) {
-        return;
-    }
-    const bool isKey = input.what == RawInput::What::KeyDown || input.what == RawInput::What::KeyUp;
-    QWindow* target = input.window;
-    const bool ours = !target || std::ranges::any_of(topLevels(), [&](const Window* window) {
-        return window->outer && window->outer->windowHandle() == target;
-    });
-    std::shared_ptr<QEvent> event = input.event;
-    if (ours || (isKey && target != dialog->windowHandle())) {
-        target = dialog->windowHandle();
-        if (!isKey && dialog->windowType() != Qt::Popup && !dialog->geometry().contains(input.at)) {
-            return;
-        }
-        if (const auto* mouse = dynamic_cast<QMouseEvent*>(event.get())) {
-            event =
-                std::make_shared<QMouseEvent>(mouse->type(), target->mapFromGlobal(QPointF(input.at)),
-                                              QPointF(input.at), mouse->button(), mouse->buttons(), mouse->modifiers());
-        }
-    }
-    if (isKey && pressesShortcut(*dialog, input)) {
-        return;
-    }
-    const bool before = std::exchange(handingOn, true);
-    QCoreApplication::sendEvent(target, event.get());
-    handingOn = before;
-}
-
-bool isWithin(HWND handle, const Window& window) {
-    for (const Window* inner = find(handle); inner; inner = inner->parent) {
-        if (inner == &window) {
-            return true;
-        }
-    }
-    return false;
-}
-
-void tellCaptureLost(HWND window) {
-    if (Window* loser = find(window)) {
-        callProcedure(*loser, WM_CAPTURECHANGED, 0, 0);
     }
 }
 
@@ -396,6 +337,13 @@ bool takeInput(MSG& message) {
         noteActivation();
         return false;
     }
+    if (input.what == RawInput::What::Close) {
+        const Window* window = find(input.closed);
+        if (window && window->enabled) {
+            PostMessageA(input.closed, WM_CLOSE, 0, 0);
+        }
+        return false;
+    }
     if (foreignDialog()) {
         handOn(input);
         return false;
@@ -419,124 +367,10 @@ void setInputMode(InputMode* newMode) {
     mode = newMode;
 }
 
-HWND capture() {
-    return captured;
-}
-
-void setCapture(HWND window) {
-    const HWND before = std::exchange(captured, window);
-    if (before && before != window) {
-        tellCaptureLost(before);
-    }
-}
-
-void releaseCapture() {
-    setCapture(nullptr);
-}
-
-HWND activeWindow() {
-    return active;
-}
-
-void activate(HWND handle) {
-    if (handle == active) {
-        return;
-    }
+void cancelInputMode() {
     if (mode) {
         mode->cancel();
     }
-    releaseCapture();
-    if (Window* before = find(active)) {
-        before->lastFocus = focus;
-    }
-    active = handle;
-    Window* root = find(handle);
-    if (!root) {
-        SetFocus(nullptr);
-        return;
-    }
-    // A dialog remembers which control had the keyboard; a frame takes it itself.
-    const Window* last = root->kind == Kind::Dialog ? find(root->lastFocus) : nullptr;
-    SetFocus(last && last->enabled && reallyVisible(*last) ? last->handle : handle);
-    if (Window* still = find(handle); still && still->outer && !still->outer->isActiveWindow()) {
-        still->outer->activateWindow();
-    }
-}
-
-void activateNext() {
-    const auto& windows = topLevels();
-    for (auto window = windows.rbegin(); window != windows.rend(); ++window) {
-        if ((*window)->visible && (*window)->enabled && !(*window)->dying) {
-            activate((*window)->handle);
-            return;
-        }
-    }
-    activate(nullptr);
-}
-
-void letGo(Window& window, HWND next) {
-    if (isWithin(captured, window)) {
-        releaseCapture();
-    }
-    if (isWithin(focus, window)) {
-        SetFocus(next);
-    }
-}
-
-void forgetInput(const Window& window) {
-    captured = isWithin(captured, window) ? nullptr : captured;
-    focus = isWithin(focus, window) ? nullptr : focus;
-    active = active == window.handle ? nullptr : active;
-}
-
-void beginForeign(QWidget* dialog) {
-    if (mode) {
-        mode->cancel();
-    }
-    activate(nullptr);
-    foreign.push_back(dialog);
-}
-
-void endForeign(QWidget* dialog) {
-    std::erase_if(foreign, [&](const QPointer<QWidget>& one) { return !one || one == dialog; });
-}
-
-QWidget* foreignDialog() {
-    std::erase_if(foreign, [](const QPointer<QWidget>& one) { return !one; });
-    return foreign.empty() ? nullptr : foreign.back().data();
 }
 
 }  // namespace layer
-
-using namespace layer;
-
-HWND GetFocus() {
-    return focus;
-}
-
-HWND SetFocus(HWND handle) {
-    const HWND before = focus;
-    Window* const next = find(handle);
-    for (const Window* window = next; window; window = window->parent) {
-        if (!window->enabled) {
-            return nullptr;
-        }
-    }
-    if (before == handle) {
-        return before;
-    }
-    focus = handle;
-    if (Window* loser = find(before)) {
-        callProcedure(*loser, WM_KILLFOCUS, reinterpret_cast<WPARAM>(handle), 0);
-    }
-    Window* const winner = find(handle);
-    if (winner && focus == handle) {
-        callProcedure(*winner, WM_SETFOCUS, reinterpret_cast<WPARAM>(before), 0);
-    }
-    if (const Window* shown = find(focus); shown && shown->client) {
-        shown->client->setFocus(Qt::OtherFocusReason);
-    } else if (QWidget* widget = QApplication::focusWidget(); widget && !foreignDialog()) {
-        widget->clearFocus();
-    }
-    return before;
-}

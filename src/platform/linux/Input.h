@@ -13,12 +13,14 @@
 #include "platform/Win32.h"
 #include "platform/linux/Clock.h"
 
+class QMenu;
+
 namespace layer {
 
 struct Window;
 
 struct RawInput {
-    enum class What { Press, Release, Move, Wheel, KeyDown, KeyUp, Activation };
+    enum class What { Press, Release, Move, Wheel, KeyDown, KeyUp, Activation, Close };
     What what = What::Move;
     QPoint at;
     Qt::MouseButton button = Qt::NoButton;
@@ -27,7 +29,8 @@ struct RawInput {
     QString text;
     Qt::KeyboardModifiers modifiers;
     bool repeats = false;
-    Moment when = 0;  // by the desktop's clock
+    Moment when = 0;        // by the desktop's clock
+    HWND closed = nullptr;  // which window the desktop asks to close
     // As Qt told it, for windows of Qt's own.
     std::shared_ptr<QEvent> event;
     QPointer<QWindow> window;
@@ -51,6 +54,7 @@ public:
     virtual void cancel() = 0;
 };
 void setInputMode(InputMode* mode);
+void cancelInputMode();
 
 // The window that gets all of the mouse until it lets go or another one takes it, which WM_CAPTURECHANGED tells it.
 HWND capture();
@@ -72,7 +76,14 @@ void forgetInput(const Window& window);
 // A dialog of Qt's own gets the input from now on.
 void beginForeign(QWidget* dialog);
 void endForeign(QWidget* dialog);
+// The same for a menu that Qt shows beside a control, which keeps the focus.
+void showForeignMenu(QMenu* menu, QPoint place);
 // The topmost one, null if none runs.
 QWidget* foreignDialog();
+// Gives it an input that was taken out for it; what passes through Qt meanwhile is no input of the user.
+void handOn(const RawInput& input);
+bool isHandingOn();
+// Whether a window is one of the layer's own.
+bool isOurs(const QWindow* window);
 
 }  // namespace layer

@@ -155,7 +155,8 @@ bool isTransparent(const Window& window);
 void showCues(Window& root);
 QWidget* makeProgressWidget(const Window& window);
 LRESULT progressMessage(Window& window, UINT message, WPARAM wParam, LPARAM lParam);
-// Stops a top-level widget from closing by itself and tells the program; a drag by the user moves the record.
+// Stops a top-level widget from closing by itself; the program is told in its turn, unless the window is disabled then.
+// A drag by the user moves the record.
 void askToClose(HWND window, QCloseEvent& event);
 void noteMove(HWND window, const QWidget& widget);
 void placeFrame(Window& window);

@@ -72,7 +72,10 @@ QSize outerSizeFor(QSize client) {
 
 void askToClose(HWND window, QCloseEvent& event) {
     event.ignore();
-    PostMessageA(window, WM_CLOSE, 0, 0);
+    RawInput input;
+    input.what = RawInput::What::Close;
+    input.closed = window;
+    putInput(std::move(input));
 }
 
 void noteMove(HWND window, const QWidget& widget) {
