@@ -47,6 +47,10 @@ constexpr Row Rows[] = {
     {"Switch to the Options page *", "ms", benchmarks::SwitchToOptions, nullptr, Aim::AtMost, 60},
     {"Change of size, Readings page *", "ms", benchmarks::ChangeOfSize, nullptr, Aim::AtMost, 60},
     {"Change of language, Readings page *", "ms", benchmarks::ChangeOfLanguage, nullptr, Aim::AtMost, 60},
+    {"Input to the frame on the wire, median **", "ms", benchmarks::InputToWire, nullptr, Aim::AtMost, 5},
+    {"Input to the frame on the wire, 95th percentile **", "ms", benchmarks::InputToWireSlow, nullptr, Aim::AtMost, 5},
+    {"Input to the changed pixel, median **", "ms", benchmarks::InputToPixel, nullptr, Aim::AtMost, 5},
+    {"Input to the changed pixel, 95th percentile **", "ms", benchmarks::InputToPixelSlow, nullptr, Aim::AtMost, 5},
     {"Oscilloscope, columns a second", "/s", benchmarks::ScopeColumns, "wire", Aim::AtLeastTimes, 0.98},
     {"Oscilloscope, a column, mean *", "ms", benchmarks::ScopeColumnTime, "exchange", Aim::AtMostOver, 0.5},
     {"Oscilloscope, history drawn anew *", "ms", benchmarks::ScopeRedraw, nullptr, Aim::AtMost, 5},
@@ -76,7 +80,7 @@ std::string WithUnit(double value, const char* unit) {
 
 void PrintLine(const char* what, const std::string& figure, const std::string& reference, const std::string& aim,
                const char* verdict) {
-    std::printf("%-40s %11s   %-24s %-14s %s\n", what, figure.c_str(), reference.c_str(), aim.c_str(), verdict);
+    std::printf("%-50s %11s   %-24s %-14s %s\n", what, figure.c_str(), reference.c_str(), aim.c_str(), verdict);
     std::fflush(stdout);
 }
 
@@ -120,6 +124,9 @@ int main(int count, char** arguments) {
         "\nMemory is the proportional set size. The bare window has the tool's size, menu bar and button.\n"
         "* Processor time of all threads of the tool's process, from the message to the pixels handed to the\n"
         "  screen, in the largest window size; the simulated controller answers without delay and its thread\n"
-        "  is not counted.\n");
+        "  is not counted.\n"
+        "** From an input at any moment of a tick, at the true pace, less what was left of that tick's exchanges\n"
+        "   when it came: a tick box until the controller has its request, a button until the program waits with it\n"
+        "   painted.\n");
     return 0;
 }

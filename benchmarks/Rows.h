@@ -39,6 +39,13 @@ Result SwitchToOptions();
 Result ChangeOfSize();
 Result ChangeOfLanguage();
 
+// Milliseconds from an input to its effect, less the exchanges that were under way when it came: to the request on the
+// wire, and to the pixels handed to the screen.
+Result InputToWire();
+Result InputToWireSlow();
+Result InputToPixel();
+Result InputToPixelSlow();
+
 // The Oscilloscope page in the largest size: columns a second at the true pace beside what the wire allows; processor
 // milliseconds of a column beside those of its exchange alone, and of the whole history drawn anew; MB that an hour of
 // columns adds.
