@@ -139,6 +139,38 @@ void releaseKey(const Key& key) {
     sendKey(key, QEvent::KeyRelease, false);
 }
 
+void closeTopWindow() {
+    QPointer<QWidget> top = layer::foreignDialog();
+    if (!top) {
+        top = layer::topLevels().empty() ? nullptr : layer::topLevels().back()->outer.data();
+    }
+    hand([=] {
+        if (top) {
+            top->close();
+        }
+    });
+}
+
+void leaveProgram() {
+    static auto* other = new QWindow;
+    other->setGeometry(0, 0, 1, 1);
+    hand([] {
+        other->show();
+        other->requestActivate();
+    });
+}
+
+void returnToProgram() {
+    hand([] {
+        QWidget* const top = layer::foreignDialog()       ? layer::foreignDialog()
+                             : layer::topLevels().empty() ? nullptr
+                                                          : layer::topLevels().back()->outer.data();
+        if (top) {
+            top->activateWindow();
+        }
+    });
+}
+
 Window* windowAt(QPoint place) {
     if (layer::capture()) {
         return layer::find(layer::capture());

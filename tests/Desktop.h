@@ -24,6 +24,12 @@ struct Key {
 void pressKey(const Key& key, bool isRepeat = false);
 void releaseKey(const Key& key);
 
+// The close button of the frame of what is on top.
+void closeTopWindow();
+// Another program's window takes the keyboard; the program's own has it back.
+void leaveProgram();
+void returnToProgram();
+
 // The window of the layer that is on top at this place and would get the mouse there; null for Qt's own.
 layer::Window* windowAt(QPoint place);
 layer::Window* focusedWindow();

@@ -2,88 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <deque>
-
-#include "platform/linux/Line.h"
-
-// The program's end of the line.
-class HeldLine : public layer::Line {
-public:
-    explicit HeldLine(HeldController& at) : controller(&at) {
-        at.user = this;
-    }
-    ~HeldLine() override {
-        if (controller) {
-            controller->user = nullptr;
-        }
-    }
-    HeldLine(const HeldLine&) = delete;
-    HeldLine& operator=(const HeldLine&) = delete;
-
-    bool configure(DWORD bitsPerSecond) override {
-        return controller && bitsPerSecond == 9600;
-    }
-    State awaitByte(Moment end) override {
-        if (controller) {
-            controller->clock.waitFor([this] { return !controller || !received.empty(); }, end);
-        }
-        return !received.empty() ? State::Ready : controller ? State::Quiet : State::Gone;
-    }
-    State awaitRoom(Moment) override {
-        return controller ? State::Ready : State::Gone;
-    }
-    ssize_t read(std::span<BYTE> into) override {
-        if (!controller) {
-            return -1;
-        }
-        const size_t count = std::min(into.size(), received.size());
-        std::copy_n(received.begin(), count, into.begin());
-        received.erase(received.begin(), received.begin() + static_cast<std::ptrdiff_t>(count));
-        return static_cast<ssize_t>(count);
-    }
-    ssize_t write(std::span<const BYTE> bytes) override {
-        if (!controller) {
-            return -1;
-        }
-        if (controller->written) {
-            controller->written(bytes);
-        }
-        controller->responder.advance(controller->seconds());
-        controller->responder.take(bytes, controller->seconds());
-        return static_cast<ssize_t>(bytes.size());
-    }
-    bool dropReceived() override {
-        received.clear();
-        return controller != nullptr;
-    }
-    bool dropUnsent() override {
-        return controller != nullptr;
-    }
-
-    void arrive(BYTE value) {
-        received.push_back(value);
-    }
-    void lose() {
-        received.clear();
-        controller = nullptr;
-    }
-
-private:
-    HeldController* controller;  // null once the device has gone
-    std::deque<BYTE> received;
-};
 
 HeldController::HeldController(HeldClock& held, const simulator::Config& config, int number)
-    : clock(held), port(number), responder(config) {
+    : FarEnd(held, number), responder(config) {
     clock.add(*this);
-    layer::holdPort(port, [this]() -> std::unique_ptr<layer::Line> {
-        return plugged && !user ? std::make_unique<HeldLine>(*this) : nullptr;
-    });
 }
 
 HeldController::~HeldController() {
-    unplug();
-    layer::holdPort(port, {});
     clock.remove(*this);
 }
 
@@ -91,19 +16,22 @@ double HeldController::seconds() const {
     return static_cast<double>(clock.now() - HeldClock::Start) / static_cast<double>(Second);
 }
 
-void HeldController::unplug() {
-    plugged = false;
-    plugAt = simulator::Never;
-    responder.cut();
-    if (user) {
-        user->lose();
-        user = nullptr;
+void HeldController::take(std::span<const BYTE> bytes) {
+    if (written) {
+        written(bytes);
     }
+    responder.advance(seconds());
+    responder.take(bytes, seconds());
+}
+
+void HeldController::cut() {
+    responder.cut();
+    plugAt = simulator::Never;
 }
 
 bool HeldController::replug() {
-    plugged = true;
     plugAt = simulator::Never;
+    FarEnd::replug();
     return true;
 }
 
@@ -120,10 +48,9 @@ Moment HeldController::next() const {
 void HeldController::happen() {
     // A moment that was rounded up to a nanosecond has come.
     const double time = seconds() + 1e-9;
-    for (const BYTE value : responder.give(time)) {
-        if (user) {
-            user->arrive(value);
-        }
+    const simulator::Bytes bytes = responder.give(time);
+    send(bytes);
+    for (const BYTE value : bytes) {
         if (arrived) {
             arrived(value);
         }

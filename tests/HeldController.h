@@ -5,29 +5,16 @@
 #include <functional>
 #include <vector>
 
-#include "HeldClock.h"
+#include "HeldLine.h"
 #include "simulator/Responder.h"
 
-class HeldLine;
-
-class HeldController : public HeldClock::Source {
+class HeldController : public FarEnd, public HeldClock::Source {
 public:
     // Plugs it in as this port. The configuration's link is not used.
     HeldController(HeldClock& clock, const simulator::Config& config, int port = 1);
     ~HeldController() override;
-    HeldController(const HeldController&) = delete;
-    HeldController& operator=(const HeldController&) = delete;
 
-    // The device goes away in the middle of whatever runs, and comes back.
-    void unplug();
     bool replug();
-    bool isPlugged() const {
-        return plugged;
-    }
-    // Whether the program holds the port.
-    bool isOpen() const {
-        return user != nullptr;
-    }
 
     // The controller, with its engine brought up to now.
     template <typename Use>
@@ -58,22 +45,21 @@ public:
     }
     // Whether bytes are still on their way to the program.
     bool isBusy() const {
-        return responder.bytesToCome() > 0 || !plugged;
+        return responder.bytesToCome() > 0 || !isPlugged();
     }
 
     Moment next() const override;
     void happen() override;
 
+protected:
+    void take(std::span<const BYTE> bytes) override;
+    void cut() override;
+
 private:
-    friend class HeldLine;
     double seconds() const;
 
-    HeldClock& clock;
-    const int port;
     simulator::Responder responder;
     std::function<void(std::span<const BYTE>)> written;
     std::function<void(BYTE)> arrived;
-    HeldLine* user = nullptr;
-    bool plugged = true;
     double plugAt = simulator::Never;
 };

@@ -204,10 +204,21 @@ TEST_F(Layer, AButtonClicksOncePerClickAndOnlyForItsUser) {
     EXPECT_TRUE(click->wParam == MAKEWPARAM(IDC_LEARN, BN_CLICKED) && reinterpret_cast<HWND>(click->lParam) == button);
     press(Qt::Key_Space);
     expectClicks(2, "space");
+    const desktop::Key space{Qt::Key_Space, QStringLiteral(" "), Qt::NoModifier};
+    desktop::pressKey(space);
+    for (int beat = 0; beat < 3; ++beat) {
+        runDry(dialog);
+        clock.pass(660 * Millisecond);
+        desktop::releaseKey(space);
+        desktop::pressKey(space);
+    }
+    expectClicks(2, "space held, each beat told as a release and a press");
+    desktop::releaseKey(space);
+    expectClicks(3, "space let go");
     EnableWindow(button, FALSE);
     clickOn(button);
     press(Qt::Key_Space);
-    expectClicks(2, "disabled");
+    expectClicks(3, "disabled");
 }
 
 TEST_F(Layer, TabMovesNoFocus) {

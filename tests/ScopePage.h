@@ -57,20 +57,6 @@ inline QPoint onBar(int along) {
     return {along < 0 ? bar().width() + along : along, 5};
 }
 
-inline void clickBar(int along) {
-    clickAt(control(IDC_SCOPE_CURSOR_BAR), onBar(along));
-}
-
-inline void pullThumb() {
-    scroll(SB_THUMBTRACK, 2);
-    drag(control(IDC_SCOPE_CURSOR_BAR), {onBar(25), onBar(-1)});
-}
-
-inline void pressOnBar(int key) {
-    SetFocus(control(IDC_SCOPE_CURSOR_BAR));
-    press(key);
-}
-
 inline void clickBox() {
     clickAt(control(IDC_SCOPE_CURSOR), {8, 8});
 }

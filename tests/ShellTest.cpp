@@ -135,6 +135,21 @@ TEST_F(Shell, EverySizeIsTakenByTheWindowAndTheShowingPage) {
     }
 }
 
+TEST_F(Shell, AClickInTheSilenceOfALostReplyWaitsForItsEnd) {
+    startOn(4);
+    server->addFault({.kind = simulator::FaultKind::Silence, .count = 1});
+    const QPoint options = desktop::barItems().at(FirstPageItem + 2);
+    server->observe([&](const simulator::LogEntry&) {    // as the request goes out
+        clock->at(clock->now() + 3 * Millisecond, [=] {  // while the reply is awaited
+            desktop::pressButton(options);
+            desktop::releaseButton(options);
+        });
+        server->observe(nullptr);
+    });
+    EXPECT_FALSE(pumpUntil([] { return AppPage == OptionsPage; }, 0.2));  // seconds of held time
+    EXPECT_TRUE(pumpUntil([] { return AppPage == OptionsPage; }, 0.5));
+}
+
 TEST_F(Shell, AGreySizeCannotBeChosen) {
     startIn("ang");
     for (const auto& [allowed, grey] :

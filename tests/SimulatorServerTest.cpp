@@ -82,8 +82,9 @@ TEST(Simulator, ReadsItsCommandLine) {
     }
 }
 
-TEST(Simulator, AnswersOnItsDeviceAndLogsEveryFrame) {
-    Config config = Of(4, Scenario::Ramp);
+TEST(Simulator, AnswersOnItsDeviceNeverFasterThanTheWire) {
+    Config config = Of(4);
+    config.wirePace = true;
     config.portLink = LinkPath();
     fs::create_directories(fs::path(config.portLink).parent_path());
     fs::create_symlink("/nowhere", config.portLink);  // left behind by an earlier run
@@ -96,15 +97,13 @@ TEST(Simulator, AnswersOnItsDeviceAndLogsEveryFrame) {
         ::cfsetspeed(&settings, B9600);
         ::tcsetattr(line.handle, TCSANOW, &settings);
         EXPECT_EQ(server.lineSpeed(), 9600);
+        const auto start = std::chrono::steady_clock::now();
         EXPECT_EQ(line.ask(AskIdentity, 4), Hex("65 00 65 CA"));
+        const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
+        EXPECT_GE(taken.count(), 8 * ByteSeconds);
         EXPECT_EQ(line.ask(Hex("65 13 07 7F"), 3), Hex("65 07 6C"));
         EXPECT_EQ(server.with([](Controller& controller) { return controller.cells.get(AttInit); }), 7);
-        line.ask(Hex("65 13 08 00"), 0);
-        ASSERT_TRUE(server.waitForFrames(3, Patience));
-        std::vector<LogEntry> log = server.log();
-        EXPECT_TRUE(log[0].request.good && !log[0].isWrite);
-        EXPECT_TRUE(log[1].isWrite && log[1].reply == Hex("65 07 6C"));
-        EXPECT_TRUE(!log[2].request.good && log[2].reply.empty());
+        EXPECT_EQ(server.log().size(), 2U);
         server.clearLog();
         EXPECT_TRUE(server.log().empty());
     }
@@ -112,18 +111,6 @@ TEST(Simulator, AnswersOnItsDeviceAndLogsEveryFrame) {
     std::ofstream(config.portLink) << "not a link";
     EXPECT_THROW(Server{config}, std::system_error) << "a file in the way is not ours to remove";
     fs::remove_all(fs::path(config.portLink).parent_path());
-}
-
-TEST(Simulator, IsNeverFasterThanTheWire) {
-    Config config = Of(4);
-    config.wirePace = true;
-    Server server(config);
-    Line line(server.devicePath());
-    auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(line.ask(AskIdentity, 4).size(), 4U);
-    EXPECT_EQ(line.ask(AskLive, 11).size(), 11U);
-    std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
-    EXPECT_GE(taken.count(), 23 * 10.0 / 9600);
 }
 
 TEST(Simulator, OutlivesAUserWhoNeverReads) {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cmath>
 #include <tuple>
 
 #include "SimulatorSamples.h"
@@ -109,8 +110,6 @@ TEST(Simulator, ResetsRestoreFactoryValuesAndLeaveTheInstallationAlone) {
         }
         EXPECT_EQ(controller.cells.get(AttInit), fresh.cells.get(AttInit));
         EXPECT_EQ(controller.cells.get(Registration), family == 4 ? 'Z' : 0);
-        Bytes reset = family == 4 ? Hex("65 1F 33 B7") : Hex("65 1E 33 B6");
-        EXPECT_EQ(controller.receive(reset, 100).at(0).workSeconds > 0.22, family == 2);
     }
 }
 
@@ -305,21 +304,16 @@ TEST(Simulator, FaultsDoWhatTheySay) {
         std::ranges::transform(sent.bytes, bytes.begin(), &TimedByte::value);
         return bytes;
     };
-    for (const auto& [text, length] :
-         {std::pair{"silence", 0U}, {"lost-byte", 2U}, {"hang-up", 1U}, {"garbage", 3U}, {"endless", 3U + 1920U}}) {
-        EXPECT_EQ(spoil(text).bytes.size(), length) << text;
-        EXPECT_EQ(spoil(text).hangUp, length == 1) << text;
-    }
+    EXPECT_EQ(spoil("lost-byte").bytes.size(), 2U);
+    EXPECT_EQ(spoil("garbage").bytes.size(), 3U);
     EXPECT_NE(values(spoil("garbage"))[0], Marker);
+    EXPECT_EQ(values(spoil("split")), reply);
     Bytes flipped = values(spoil("flipped-bit"));
     int bits = 0;
     for (std::size_t i = 0; i < reply.size(); ++i) {
         bits += std::popcount(static_cast<unsigned>(flipped.at(i) ^ reply[i]));
     }
     EXPECT_EQ(bits, 1);
-    EXPECT_EQ(spoil("late").bytes[0].pauseBefore, LateSeconds);
-    EXPECT_EQ(spoil("split").bytes[1].pauseBefore, SplitSeconds);
-    EXPECT_EQ(values(spoil("split")), reply);
     Bytes echo = values(spoil("wrong-echo"));
     EXPECT_NE(echo[1], reply[1]);
     EXPECT_EQ(echo[2], SumOf(std::span(echo).first(2)));
@@ -337,5 +331,74 @@ TEST(Simulator, FaultsDoWhatTheySay) {
     EXPECT_NEAR(lost, 250, 50);
     for (const char* wrong : {"", "quiet", "silence=", "silence=0", "silence=1.5", "silence=3x"}) {
         EXPECT_FALSE(ParseFault(wrong)) << wrong;
+    }
+}
+
+TEST(Simulator, RepliesComeWhenTheLineAndTheFaultsLetThem) {
+    // In microseconds since the request began; hangUp 0 for none.
+    const auto check = [](bool paced, const char* fault, const Bytes& request, const std::vector<long>& expected,
+                          long hangUp = 0) {
+        SCOPED_TRACE(fault);
+        Config config = Of(2);
+        config.wirePace = paced;
+        config.faults = {*ParseFault(fault)};
+        Responder line(config);
+        line.take(request, 7);
+        const auto micros = [](double moment) { return moment == Never ? 0 : std::lround((moment - 7) * 1e6); };
+        EXPECT_EQ(micros(line.hangUp()), hangUp);
+        std::vector<long> arrivals;
+        while (line.bytesToCome() > 0) {
+            const double due = line.nextByte();
+            EXPECT_TRUE(line.give(due - 1e-9).empty());
+            arrivals.insert(arrivals.end(), line.give(due).size(), micros(due));
+        }
+        EXPECT_EQ(arrivals, expected);
+    };
+    const char* none = "silence=0.0";
+    check(true, none, AskIdentity, {5208, 6250, 7292, 8333});
+    check(true, none, Hex("65 1E 33 B6"), {235208, 236250, 237292});  // thinks for long
+    check(true, "silence", AskIdentity, {});
+    check(true, "late", AskIdentity, {305208, 306250, 307292, 308333});
+    check(true, "split", AskIdentity, {5208, 6250, 127292, 128333});
+    check(true, "doubled=1", Hex("65 01 01 67 65 1E 34 B7"),
+          {5208, 6250, 7292, 8333, 9375, 10417, 11458, 12500, 13542, 14583, 15625});
+    check(true, "hang-up", AskIdentity, {5208, 6250}, 26250);
+    check(false, "split", AskIdentity, {0, 0, 120000, 120000});
+    std::vector<long> endless(4);
+    for (long byte = 1; byte <= 1920; ++byte) {
+        endless.push_back(std::lround(static_cast<double>(byte) * 1e6 / 960));
+    }
+    check(false, "endless", AskIdentity, endless);
+}
+
+TEST(Simulator, ACutLineForgetsAndItsLogKeepsWhatWasSent) {
+    Config config = Of(4, Scenario::Ramp);
+    config.wirePace = true;
+    config.faults = {*ParseFault("hang-up=1")};
+    Responder line(config);
+    std::size_t observed = 0;
+    line.observe([&](const LogEntry& entry) { observed += entry.reply.size(); });
+    line.take(Hex("65 01 01 67 65 02 02 69 65 13 07"), 1);
+    line.cut();
+    EXPECT_TRUE(line.nextByte() == Never && line.hangUp() == Never && line.bytesToCome() == 0);
+    line.take(Hex("65 13 07 7F 65 13 08 00"), 1.001);
+    EXPECT_NEAR(line.nextByte(), 1.001 + 5 * ByteSeconds, 1e-9) << "nothing before it is on the line";
+    EXPECT_EQ(observed, 2U + 11U + 3U);
+    const Log& log = line.log;
+    ASSERT_EQ(log.size(), 4U);
+    EXPECT_TRUE(log[0].request.good && !log[0].isWrite && log[0].seconds == 1);
+    EXPECT_EQ(log[0].reply, Hex("65 00"));
+    EXPECT_TRUE(log[2].isWrite && log[2].seconds == 1.001 && log[2].reply == Hex("65 07 6C"));
+    EXPECT_TRUE(!log[3].request.good && log[3].reply.empty());
+    for (std::size_t frame = 0; frame < Responder::LogLimit; ++frame) {
+        line.take(AskIdentity, 2);
+    }
+    EXPECT_TRUE(log.size() == Responder::LogLimit && log[0].seconds == 2);
+
+    for (const auto& [runs, moment, byte] : {std::tuple{true, 2.0, 20}, {true, 60.0, 50}, {false, 2.0, 0}}) {
+        config.clockRuns = runs;
+        Responder engine(config);
+        engine.advance(moment);
+        EXPECT_EQ(engine.controller.block(2)[1], byte) << moment;
     }
 }

@@ -91,6 +91,18 @@ TEST_F(TuningPages, FamilyAndBitsDecideWhatIsOffered) {
     }
 }
 
+// The other bits would go out as zeroes.
+TEST_F(TuningPages, BitsOfAByteThatWasNeverReadAreNotWritten) {
+    connect(4, 5, IDM_OPTIONS);
+    clearMirrors();
+    pick(1041, 0);
+    EXPECT_EQ(sent(), "");
+    tick();
+    sent();
+    pick(1041, 0);
+    EXPECT_EQ(sent(), "65 06 A2 0D");
+}
+
 TEST_F(TuningPages, TextsStandInTheirPlaces) {
     connect(4, 5, IDM_CONFIGURATION);
     setCell(simulator::LambdaType, 0x00);

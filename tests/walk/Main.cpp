@@ -95,6 +95,8 @@ private:
                 digest = (digest ^ bytes[at]) * 0x100000001B3;
             }
         }
+        std::printf("%d reads and %d writes on %zu pages and dialogs\n", watch.polls, watch.writes,
+                    watch.visited.size());
         std::printf("digest %016llx\n", static_cast<unsigned long long>(digest));
         leave(0);
     }

@@ -64,7 +64,9 @@ std::string User::act() {
 }
 
 void User::plan() {
-    if (desktop::openList()) {
+    if (dice.oneIn(150)) {
+        disturb();
+    } else if (desktop::openList()) {
         planList();
     } else if (desktop::openMenu()) {
         planMenu();
@@ -112,6 +114,41 @@ void User::strike(const Key& key) {
                        }});
 }
 
+// As a keyboard repeats it.
+void User::hold(const Key& key) {
+    const auto press = [=, this](bool repeats) {
+        return Input{inWords(key) + (repeats ? " again" : " down"), [=, this] {
+                         watch.noteInput(desktop::focusedWindow());
+                         desktop::pressKey(key, repeats);
+                     }};
+    };
+    planned.push_back(press(false));
+    for (unsigned repeat = dice.below(6); repeat > 0; --repeat) {
+        planned.push_back(press(true));
+    }
+    planned.push_back({inWords(key) + " up", [=, this] {
+                           watch.noteInput(desktop::focusedWindow());
+                           desktop::releaseKey(key);
+                       }});
+}
+
+void User::doubleClick(QPoint place, const std::string& what) {
+    click(place, what);
+    click(place, what + " again");
+}
+
+void User::disturb() {
+    if (dice.oneIn(2)) {
+        planned.push_back({"close by the window manager", [this] {
+                               watch.noteInput(nullptr);
+                               desktop::closeTopWindow();
+                           }});
+        return;
+    }
+    planned.push_back({"to another program", [] { desktop::leaveProgram(); }});
+    planned.push_back({"and back", [] { desktop::returnToProgram(); }});
+}
+
 void User::type(const QString& text) {
     for (const QChar letter : text) {
         strike({letter.toUpper().unicode(), QString(letter), Qt::NoModifier});
@@ -129,6 +166,8 @@ void User::roll(QPoint place) {
 void User::anyKey() {
     if (dice.oneIn(4)) {
         type(QString(QChar(dice.oneOf(std::u16string(u"0123456789+-acdfoprs")))));
+    } else if (dice.oneIn(5)) {
+        hold(dice.oneOf(Keys));
     } else {
         strike(dice.oneOf(Keys));
     }
@@ -228,7 +267,7 @@ void User::planDialog() {
     } else if (dice.oneIn(3)) {
         anyKey();
     } else {
-        click(middle, name);
+        click(middle, name, dice.oneIn(12) ? Qt::RightButton : Qt::LeftButton);
     }
 }
 
@@ -245,7 +284,9 @@ void User::planPage() {
     } else if (control) {
         const std::string name = std::string(nameOf(placeOnTop())) + " " + std::to_string(control->id);
         const QPoint middle = desktop::middleOf(*control);
-        dice.oneIn(8) ? drag(middle, middle + QPoint(40, 90), name) : click(middle, name);
+        dice.oneIn(8)    ? drag(middle, middle + QPoint(40, 90), name)
+        : dice.oneIn(12) ? doubleClick(middle, name)
+                         : click(middle, name, dice.oneIn(15) ? Qt::RightButton : Qt::LeftButton);
     } else {
         click(dice.oneOf(bar), "menu bar");
     }

@@ -90,6 +90,9 @@ public:
     void lookAtRest();
 
     std::string fault;  // empty as long as all is right
+    int polls = 0;
+    int writes = 0;
+    std::set<Place> visited;
     std::uint64_t digest = 0xCBF29CE484222325;
 
 private:
@@ -115,6 +118,7 @@ private:
     bool fileFlow = false;    // a file dialog or its box was
     Moment lastFrame = 0;
     Moment lastWrite = 0;
+    Moment lastBusy = 0;  // when bytes were on the way to the program, or the device had gone by itself
     Moment changed = 0;  // when what is on top last changed
     // What polls hang on.
     using State = std::tuple<Place, HWND, const layer::Window*, int, unsigned>;
@@ -146,6 +150,10 @@ private:
     void click(QPoint at, const std::string& what, Qt::MouseButton button = Qt::LeftButton);
     void drag(QPoint from, QPoint to, const std::string& what);
     void strike(const desktop::Key& key);
+    void hold(const desktop::Key& key);
+    void doubleClick(QPoint at, const std::string& what);
+    // The window manager closes what is on top, or another program has the keyboard for a while.
+    void disturb();
     void type(const QString& text);
     void roll(QPoint at);
     void anyKey();

@@ -197,12 +197,14 @@ void Watch::takeRequest(std::span<const BYTE> frame) {
     const unsigned lastCommand = ControllerFamily == 2 ? 4 : 5;
     if (frame[1] == frame[2] && frame[1] <= lastCommand) {
         lastFrame = clock.now();
+        ++polls;
         if (!mayRead(frame[1])) {
             fail("a read that nothing here asks for:" + hex(frame));
         }
         return;
     }
     lastWrite = clock.now();
+    ++writes;
     const unsigned cell = frame[1] - (ControllerFamily == 4 ? 1u : 0u);
     if (!mayWrite(cell, frame[2])) {
         fail("a write that no input may cause:" + hex(frame));
@@ -224,8 +226,9 @@ bool Watch::mayRead(unsigned command) const {
 bool Watch::mayWrite(const Touch& touch, unsigned cell, BYTE value) const {
     const bool configuration = touch.place == Place::Configuration;
     if (configuration || touch.place == Place::Options) {
-        // All versions of the firmware write alike.
-        const auto rows = configuration ? configurationEntries(ControllerFamily) : optionsEntries(ControllerFamily, 5);
+        // All versions of the firmware write alike, and until its first refresh a page offers what only some have.
+        const int family = touch.control == IDC_OPTIONS_FULL_PANEL ? 4 : ControllerFamily;
+        const auto rows = configuration ? configurationEntries(family) : optionsEntries(family, 5);
         return std::ranges::any_of(
             rows, [&](const Entries& row) { return row.id == touch.control && entryWrites(row, cell, value); });
     }
@@ -244,6 +247,7 @@ bool Watch::mayWrite(unsigned cell, BYTE value) const {
 
 void Watch::lookAtRest() {
     const Place top = placeOnTop();
+    visited.insert(top);
     const State state{top, PageWindow, desktop::openList(), CursorMode, PortNumber};
     if (state != before) {
         before = state;
@@ -278,8 +282,11 @@ void Watch::checkSound() {
     const Moment now = clock.now();
     const Place top = placeOnTop();
     const Place asking = top == Place::Port ? pageOnTop() : top;
-    const Moment since = std::max(line.soundSince(), changed);
-    if (line.soundSince() == layer::Never || now - since < 2 * EnoughTime || line.inUse()->isBusy() ||
+    if (line.inUse() && line.inUse()->isBusy()) {
+        lastBusy = now;
+    }
+    const Moment since = std::max({line.soundSince(), changed, lastBusy});
+    if (line.soundSince() == layer::Never || now - since < 2 * EnoughTime ||
         rowOf(asking).reads.empty() || desktop::openList() || (asking == Place::Oscilloscope && CursorMode != 0)) {
         return;
     }
@@ -301,7 +308,8 @@ void Watch::checkControls() {
         const simulator::Bytes blockA = controller.block(3);
         if (!std::equal(blockA.begin(), blockA.end(), ParamBlockA.begin()) ||
             !std::ranges::equal(controller.block(4), ParamBlockB)) {
-            fail("the mirrors are not what the controller holds");
+            fail("the mirrors are not what the controller holds:" + hex(ParamBlockA) + " |" + hex(ParamBlockB) +
+                 " against" + hex(blockA) + " |" + hex(controller.block(4)));
         }
     });
     for (const Shown& row : top == Place::Configuration ? OnConfiguration : OnOptions) {
