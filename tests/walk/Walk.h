@@ -114,12 +114,13 @@ private:
 
     HeldClock& clock;
     Line& line;
-    std::set<Touch> touched;  // since the program was last at rest
+    std::set<Touch> touched;  // since the rest before the last one: a release may wait for a beat of its key
+    std::set<Touch> recent;   // since the last one
     bool fileFlow = false;    // a file dialog or its box was
     Moment lastFrame = 0;
     Moment lastWrite = 0;
     Moment lastBusy = 0;  // when bytes were on the way to the program, or the device had gone by itself
-    Moment changed = 0;  // when what is on top last changed
+    Moment changed = 0;   // when what is on top last changed
     // What polls hang on.
     using State = std::tuple<Place, HWND, const layer::Window*, int, unsigned>;
     State before{};

@@ -182,7 +182,9 @@ void Watch::takeByte(BYTE value) {
 }
 
 void Watch::noteInput(const layer::Window* met) {
-    touched.insert({placeOnTop(), met ? met->id : 0});
+    const Touch touch{placeOnTop(), met ? met->id : 0};
+    touched.insert(touch);
+    recent.insert(touch);
     fileFlow = fileFlow || boxOnTop();
 }
 
@@ -256,7 +258,7 @@ void Watch::lookAtRest() {
     checkFlags();
     checkSound();
     if (!clock.hasInput()) {
-        touched.clear();
+        touched = std::exchange(recent, {});
         fileFlow = boxOnTop();
     }
 }
@@ -286,8 +288,8 @@ void Watch::checkSound() {
         lastBusy = now;
     }
     const Moment since = std::max({line.soundSince(), changed, lastBusy});
-    if (line.soundSince() == layer::Never || now - since < 2 * EnoughTime ||
-        rowOf(asking).reads.empty() || desktop::openList() || (asking == Place::Oscilloscope && CursorMode != 0)) {
+    if (line.soundSince() == layer::Never || now - since < 2 * EnoughTime || rowOf(asking).reads.empty() ||
+        desktop::openList() || (asking == Place::Oscilloscope && CursorMode != 0)) {
         return;
     }
     // A held bar keeps its dialog off the link.
