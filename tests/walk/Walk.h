@@ -107,6 +107,7 @@ private:
     bool mayRead(unsigned command) const;
     bool mayWrite(const Touch& touch, unsigned cell, BYTE value) const;
     bool mayWrite(unsigned cell, BYTE value) const;
+    void forgetTouches();
     void checkFlags();
     void checkSound();
     void checkControls();
@@ -114,9 +115,10 @@ private:
 
     HeldClock& clock;
     Line& line;
-    std::set<Touch> touched;  // since the rest before the last one: a release may wait for a beat of its key
-    std::set<Touch> recent;   // since the last one
-    bool fileFlow = false;    // a file dialog or its box was
+    std::set<Touch> touched;  // until the program was at rest for a while
+    std::set<Touch> recent;
+    Moment forgotten = 0;
+    bool fileFlow = false;  // a file dialog or its box was
     Moment lastFrame = 0;
     Moment lastWrite = 0;
     Moment lastBusy = 0;  // when bytes were on the way to the program, or the device had gone by itself

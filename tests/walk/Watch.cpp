@@ -258,8 +258,16 @@ void Watch::lookAtRest() {
     checkFlags();
     checkSound();
     if (!clock.hasInput()) {
-        touched = std::exchange(recent, {});
+        forgetTouches();
         fileFlow = boxOnTop();
+    }
+}
+
+// A release may wait for a beat of its key, in rests of its own.
+void Watch::forgetTouches() {
+    if (clock.now() - forgotten > 50 * Millisecond) {
+        forgotten = clock.now();
+        touched = std::exchange(recent, {});
     }
 }
 
