@@ -1,12 +1,10 @@
 // Plain files, file dialogs and message boxes of the layer.
 #include <QAbstractItemView>
-#include <QApplication>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTest>
 #include <fstream>
-#include <map>
 #include <sstream>
 
 #include "LayerWindows.h"
@@ -16,8 +14,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr UINT Mark = 0x0400;
-constexpr DWORD InOneStep = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
 using Asker = BOOL (*)(OPENFILENAMEA*);
 
 void write(const fs::path& path, const char* content) {
@@ -34,19 +30,14 @@ QWidget& modal() {
     return *layer::foreignDialog();
 }
 
-bool modalShown() {
-    return layer::foreignDialog() && modal().isActiveWindow();
-}
-
 bool timersGoOn() {
-    return modalShown() && count(WM_TIMER) >= 2;
+    return layer::foreignDialog() && modal().isActiveWindow() && count(WM_TIMER) >= 2;
 }
 
 // Letters as they are; line feed and \x1B are keys of their own.
 void typeAll(const std::string& keys) {
-    const std::map<char, Qt::Key> named{{'\n', Qt::Key_Return}, {'\x1B', Qt::Key_Escape}};
     for (const char key : keys) {
-        named.contains(key) ? press(named.at(key)) : type(static_cast<char16_t>(key));
+        key == '\n' ? press(Qt::Key_Return) : key == '\x1B' ? press(Qt::Key_Escape) : type(static_cast<char16_t>(key));
     }
 }
 
@@ -69,8 +60,8 @@ protected:
         Layer::TearDown();
     }
 
-    // Opens what waits for an answer from within a message of a frame with a timer, and does the steps.
-    void during(const std::function<void()>& open, const std::vector<Step>& steps) {
+    // Opens what waits for an answer from within a message of a frame with a timer, and answers it.
+    void during(const std::function<void()>& open, const std::function<void()>& answer) {
         SetTimer(frame, 1, 10, nullptr);
         seen.clear();
         handler = [&](HWND, UINT message) {
@@ -80,12 +71,15 @@ protected:
             return message == Mark;
         };
         PostMessageA(frame, Mark, 0, 0);
-        run(steps);
+        run({{"timers behind it", timersGoOn, [&] {
+                  EXPECT_FALSE(IsWindowEnabled(frame));
+                  answer();
+              }}});
         EXPECT_TRUE(IsWindowEnabled(frame));
     }
 
     // What the dialog gave relative to the folder, "" if it gave nothing.
-    std::string choose(Asker ask, const std::string& start, const std::vector<Step>& steps, DWORD room = 260) {
+    std::string choose(Asker ask, const std::string& start, const std::function<void()>& answer, DWORD room = 260) {
         std::array<char, 260> path{};
         start.copy(path.data(), path.size() - 1);
         OPENFILENAMEA dialog{};
@@ -98,7 +92,7 @@ protected:
         dialog.Flags = OFN_EXPLORER;
         dialog.hwndOwner = frame;
         BOOL result = 7;
-        during([&] { result = ask(&dialog); }, steps);
+        during([&] { result = ask(&dialog); }, answer);
         EXPECT_TRUE(result == TRUE || path.data() == start) << path.data();
         return result == TRUE ? fs::path(path.data()).lexically_relative(folder).string() : "";
     }
@@ -110,6 +104,7 @@ protected:
 }  // namespace
 
 TEST_F(LayerFiles, AFileIsReplacedInOneStepOrLeftAlone) {
+    constexpr DWORD InOneStep = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
     fs::create_directory(folder / "empty");
     write(folder / "locked", "old");
     fs::permissions(folder / "locked", fs::perms::owner_read);
@@ -125,8 +120,9 @@ TEST_F(LayerFiles, AFileIsReplacedInOneStepOrLeftAlone) {
         EXPECT_EQ(read(folder / to), moves ? "new" : before) << to;
         EXPECT_EQ(DeleteFileA("part"), !moves) << to;
     }
-    EXPECT_FALSE(MoveFileExA("part", "one.vrs", InOneStep));
-    EXPECT_FALSE(DeleteFileA("locked") || DeleteFileA("sub") || DeleteFileA("missing"));
+    for (const char* name : {"locked", "sub", "empty", "missing"}) {
+        EXPECT_FALSE(DeleteFileA(name)) << name;
+    }
     EXPECT_EQ(read(folder / "locked"), "old");
 
     const auto open = [](const char* name, DWORD access) {
@@ -138,8 +134,7 @@ TEST_F(LayerFiles, AFileIsReplacedInOneStepOrLeftAlone) {
     const HANDLE readable = open("locked", GENERIC_READ);
     const HANDLE file = open("one.vrs", GENERIC_WRITE);
     EXPECT_TRUE(readable != INVALID_HANDLE_VALUE && file != INVALID_HANDLE_VALUE && readable != file);
-    EXPECT_TRUE(FlushFileBuffers(file));
-    EXPECT_FALSE(FlushFileBuffers(readable));
+    EXPECT_TRUE(FlushFileBuffers(file) && !FlushFileBuffers(readable));
     EXPECT_TRUE(CloseHandle(file) && CloseHandle(readable));
     EXPECT_FALSE(FlushFileBuffers(file) || CloseHandle(file));
     EXPECT_EQ(read(folder / "one.vrs"), "new");
@@ -153,7 +148,17 @@ TEST_F(LayerFiles, DialogsTakeNamesFromTheKeyboard) {
         DWORD room = 260;
     };
     const std::string inside = folder.string() + "/";
-    const std::vector<Row> rows{
+    const auto expectChosen = [&](const Row& row) {
+        const auto answer = [&] {
+            EXPECT_EQ(modal().windowTitle(), QStringLiteral("\u0141"));
+            EXPECT_EQ(modal().findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->text().toStdString(), row.shown)
+                << row.what;
+            typeAll(row.keys);
+        };
+        EXPECT_EQ(choose(row.ask, row.start, answer, row.room), row.chosen) << row.what;
+        EXPECT_TRUE(fs::equivalent(".", folder / row.directoryAfter)) << row.what;
+    };
+    const Row rows[] = {
         {"extension added on opening", GetOpenFileNameA, "", "", "one\n", "one.vrs", "."},
         {"a name of its own, not there yet", GetSaveFileNameA, "", "", "new.txt\n", "new.txt", "."},
         {"any name opens", GetOpenFileNameA, "", "", "ghost\n", "ghost.vrs", "."},
@@ -166,90 +171,60 @@ TEST_F(LayerFiles, DialogsTakeNamesFromTheKeyboard) {
         {"whole path", GetOpenFileNameA, "", "", inside + "sub/x.y\n", "sub/x.y", "sub"},
         {"no room for it", GetOpenFileNameA, "", "", inside + "one\n", "", "sub", 20},
     };
-    for (const Row& row : rows) {
-        const std::vector<Step> steps{
-            {row.what, timersGoOn, [&] {
-                 EXPECT_EQ(modal().windowTitle(), QStringLiteral("\u0141"));
-                 EXPECT_EQ(modal().findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->text().toStdString(),
-                           row.shown)
-                     << row.what;
-                 EXPECT_FALSE(IsWindowEnabled(frame));
-                 typeAll(row.keys);
-             }}};
-        EXPECT_EQ(choose(row.ask, row.start, steps, row.room), row.chosen) << row.what;
-        EXPECT_TRUE(fs::equivalent(".", folder / row.directoryAfter)) << row.what;
-    }
-
-    // The last choice counts more than the current directory, but may be gone.
-    const std::vector<Step> typeIt{{"five", modalShown, [] { typeAll("five\n"); }}};
+    std::ranges::for_each(rows, expectChosen);
     fs::current_path(folder);
-    EXPECT_EQ(choose(GetOpenFileNameA, "", typeIt), "sub/five.vrs");
+    expectChosen({"not in the current directory", GetOpenFileNameA, "", "", "five\n", "sub/five.vrs", "sub"});
     fs::remove_all(folder / "sub");
     fs::current_path(folder);
-    EXPECT_EQ(choose(GetSaveFileNameA, "", typeIt), "five.vrs");
+    expectChosen({"that of the last choice has gone", GetSaveFileNameA, "", "", "five\n", "five.vrs", "."});
 }
 
 TEST_F(LayerFiles, DialogsShowTheFilesOfTheirKindAndTakeTheMouse) {
-    const auto list = [] { return modal().findChild<QAbstractItemView*>(QStringLiteral("listView")); };
-    const auto entry = [=](const char* name) {
-        const QAbstractItemModel& model = *list()->model();
-        return list()->visualRect(
-            model.match(model.index(0, 0, list()->rootIndex()), Qt::DisplayRole, QString::fromLatin1(name)).value(0));
-    };
     const auto push = [](int position) {
         QTest::mouseClick(modal().findChildren<QPushButton*>().at(position), Qt::LeftButton);
     };
     const auto chooseFile = [&] {
+        auto* list = modal().findChild<QAbstractItemView*>(QStringLiteral("listView"));
+        const auto entry = [&](const char* name) {
+            const QModelIndex first = list->model()->index(0, 0, list->rootIndex());
+            return list->visualRect(list->model()->match(first, Qt::DisplayRole, QString::fromLatin1(name)).value(0));
+        };
+        EXPECT_TRUE(pumpUntil([&] { return !entry("one.vrs").isEmpty(); }));
         EXPECT_TRUE(entry("other.txt").isEmpty()) << "filtered";
-        QTest::mouseClick(list()->viewport(), Qt::LeftButton, {}, entry("one.vrs").center());
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, entry("one.vrs").center());
         push(0);
     };
-    const auto listed = [&] { return modalShown() && !entry("one.vrs").isEmpty(); };
-    EXPECT_EQ(choose(GetOpenFileNameA, "", {{"file", listed, chooseFile}}), "one.vrs");
-    EXPECT_EQ(choose(GetSaveFileNameA, "one.vrs", {{"turned back", modalShown, [&] { push(1); }}}), "");
+    EXPECT_EQ(choose(GetOpenFileNameA, "", chooseFile), "one.vrs");
+    EXPECT_EQ(choose(GetSaveFileNameA, "one.vrs", [&] { push(1); }), "");
 }
 
 TEST_F(LayerFiles, MessageBoxesGiveTheAnswer) {
     using Box = QMessageBox;
     struct Row {
         UINT type;
-        Box::Icon icon;
         int answer;
-        std::string keys;  // Y and N for the letters of the two buttons; none: a click on the button
+        Box::StandardButton button;
+        const char* keys;  // none: a click on the button
     };
-    const std::vector<Row> rows{
-        {MB_OK | MB_ICONINFORMATION, Box::Information, IDOK, "\n"},
-        {MB_OK | MB_ICONEXCLAMATION, Box::Warning, IDOK, "\x1B"},
-        {MB_OK | MB_ICONHAND, Box::Critical, IDOK, ""},
-        {MB_YESNO, Box::NoIcon, IDYES, "\n"},
-        {MB_YESNO | MB_ICONEXCLAMATION, Box::Warning, IDYES, "Y"},
-        {MB_YESNO | MB_ICONINFORMATION, Box::Information, IDNO, "N"},
-    };
-    const std::map<int, Box::StandardButton> buttons{{IDOK, Box::Ok}, {IDYES, Box::Yes}, {IDNO, Box::No}};
-    for (const Row& row : rows) {
-        const auto look = [&] {
+    for (const Row& row :
+         {Row{MB_OK | MB_ICONEXCLAMATION, IDOK, Box::Ok, "\x1B"}, Row{MB_OK, IDOK, Box::Ok, ""},
+          Row{MB_YESNO | MB_ICONINFORMATION, IDYES, Box::Yes, "\n"}, Row{MB_YESNO, IDNO, Box::No, ""}}) {
+        const auto reply = [&] {
             auto& box = dynamic_cast<Box&>(modal());
+            // As it is shown, with a letter of the code page.
             EXPECT_EQ(box.text(), QStringLiteral("one & two\n<b>\u0142</b>"));
             EXPECT_EQ(box.windowTitle(), QStringLiteral("caption"));
-            EXPECT_EQ(box.icon(), row.icon);
-            EXPECT_FALSE(IsWindowEnabled(frame));
-            if ((row.type & MB_YESNO) != 0) {
+            EXPECT_EQ(box.textFormat(), Qt::PlainText);
+            if (row.type & MB_YESNO) {
                 box.close();
-                press(Qt::Key_Escape);
+                typeAll("\x1B");
+                settle();
                 EXPECT_TRUE(box.isVisible() && !box.button(Box::No)->isDown()) << "a question wants an answer";
             }
-            QAbstractButton* button = box.button(buttons.at(row.answer));
-            if (row.keys.empty()) {
-                QTest::mouseClick(button, Qt::LeftButton);
-            } else if (row.keys == "Y" || row.keys == "N") {
-                press(button->shortcut()[0].key());
-            } else {
-                typeAll(row.keys);
-            }
+            *row.keys ? typeAll(row.keys) : QTest::mouseClick(box.button(row.button), Qt::LeftButton);
         };
         int answer = -1;
-        during([&] { answer = MessageBoxA(frame, "one & two\n<b>\xB3</b>", "caption", row.type); },
-               {{"box", timersGoOn, look}});
-        EXPECT_EQ(answer, row.answer) << row.type << " " << row.keys;
+        during([&] { answer = MessageBoxA(frame, "one & two\n<b>\xB3</b>", "caption", row.type); }, reply);
+        EXPECT_EQ(answer, row.answer) << row.type;
     }
 }

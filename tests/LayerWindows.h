@@ -9,8 +9,6 @@
 
 #include "WindowFixture.h"
 
-constexpr const char* ClassName = "LayerTest";
-
 struct Seen {
     HWND window;
     UINT message;
@@ -23,16 +21,12 @@ extern std::vector<Seen> seen;
 int count(UINT message);
 // Looks at each message after it is noted; true if it has dealt with it.
 extern std::function<bool(HWND, UINT)> handler;
-// The area of the last WM_PAINT that was left to the window itself.
-extern RECT lastPaint;
-// Whether dialogs paint by themselves or leave it to the layer.
-extern bool dialogPaints;
 
-LRESULT CALLBACK recordWindow(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 INT_PTR CALLBACK recordDialog(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
 class Layer : public testing::Test {
 protected:
+    static constexpr UINT Mark = 0x0400;
     HeldClock clock;
 
     void SetUp() override;
@@ -42,10 +36,8 @@ protected:
     HWND openFrame();
     // The template of the Readings page, which has one button.
     static HWND openDialog(HWND frame);
-    // Whether the window is to be painted, which it then is.
-    static bool paintsNow(HWND window);
-    // Runs messages until a timer comes through, before which everything else has.
-    static void runDry(HWND window);
+    // Has the window painted now; the area that was to be painted, "" if there was none.
+    static std::string painted(HWND window);
 
 private:
     std::vector<HWND> frames;
