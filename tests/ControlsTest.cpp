@@ -1,9 +1,9 @@
 // Combo boxes and modal dialogs of the layer, as their user works them.
+#include <QKeySequence>
 #include <QWidget>
 #include <map>
 #include <sstream>
 #include <string>
-#include <vector>
 
 #include "LayerWindows.h"
 #include "User.h"
@@ -20,45 +20,33 @@ HWND control(int id) {
     return GetDlgItem(openDialogWindow(), id);
 }
 
-LRESULT tell(UINT message, int number = 0, const char* text = nullptr) {
+LRESULT askBox(UINT message, int number = 0, const char* text = nullptr) {
     return SendMessageA(control(IDC_PORTS), message, static_cast<WPARAM>(number), reinterpret_cast<LPARAM>(text));
 }
 
-LRESULT selection() {
-    return tell(CB_GETCURSEL);
-}
-
-// What a user or the program does to a box: a name and, behind a colon, a number.
+// What a user or the program does: a key, or a name and, behind a colon, a number.
 void act(const std::string& word) {
-    static const std::map<std::string, std::pair<Qt::Key, Qt::KeyboardModifiers>> keys = {
-        {"down", {Qt::Key_Down, {}}},
-        {"Enter", {Qt::Key_Return, {}}},
-        {"Escape", {Qt::Key_Escape, {}}},
-        {"space", {Qt::Key_Space, {}}},
-        {"F4", {Qt::Key_F4, {}}},
-        {"Alt+down", {Qt::Key_Down, Qt::AltModifier}},
-        {"Alt+up", {Qt::Key_Up, Qt::AltModifier}}};
     static const std::map<std::string, void (*)(int)> acts = {
         {"open", [](int) { clickOn(control(IDC_PORTS)); }},
         {"type", [](int digit) { type(static_cast<char16_t>(u'0' + digit)); }},
         {"click", clickEntry},
-        {"hover", pointAt},
+        {"point", pointAt},
         // In the dialog's window, where its box and its buttons do not reach.
         {"click-beside",
          [](int) {
              clickAt(openDialogWindow(), {4, 4});
          }},
+        {"close", [](int) { widgetOf(openDialogWindow())->close(); }},
         {"wheel", [](int) { roll(control(IDC_PORTS), -1); }},
-        {"CB_SETCURSEL", [](int entry) { EXPECT_EQ(tell(CB_SETCURSEL, entry), entry == 99 ? CB_ERR : entry); }},
-        {"CB_ADDSTRING", [](int) { tell(CB_ADDSTRING, 0, "new"); }},
-        {"CB_RESETCONTENT", [](int) { tell(CB_RESETCONTENT); }},
-        {"CB_SHOWDROPDOWN", [](int shown) { tell(CB_SHOWDROPDOWN, shown); }}};
+        {"CB_SETCURSEL", [](int entry) { EXPECT_EQ(askBox(CB_SETCURSEL, entry), entry == 99 ? CB_ERR : entry); }},
+        {"CB_ADDSTRING", [](int) { askBox(CB_ADDSTRING, 0, "new"); }},
+        {"CB_RESETCONTENT", [](int) { askBox(CB_RESETCONTENT); }}};
     const size_t end = word.find(':');
-    const std::string name = word.substr(0, end);
-    if (keys.contains(name)) {
-        press(keys.at(name).first, keys.at(name).second);
+    if (const auto known = acts.find(word.substr(0, end)); known != acts.end()) {
+        known->second(end == std::string::npos ? 0 : std::stoi(word.substr(end + 1)));
     } else {
-        acts.at(name)(end == std::string::npos ? 0 : std::stoi(word.substr(end + 1)));
+        const QKeyCombination key = QKeySequence(QString::fromStdString(word))[0];
+        press(key.key(), key.keyboardModifiers());
     }
     settle();
 }
@@ -75,15 +63,10 @@ protected:
         handler = [&](HWND window, UINT message) {
             if (window == frame && message == Mark) {
                 result = DialogBoxParamA(nullptr, MAKEINTRESOURCEA(IDD_PORT), frame, recordDialog, 5);
-                return true;
-            }
-            if (message == WM_COMMAND) {
-                const auto [id, code] = std::pair(LOWORD(seen.back().wParam), HIWORD(seen.back().wParam));
-                if (id == IDC_PORTS) {
-                    told += Names.at(code) + "(" + std::to_string(selection()) + ") ";
-                } else {
-                    commands += std::to_string(seen.back().wParam) + " ";
-                }
+            } else if (message == WM_COMMAND && LOWORD(seen.back().wParam) == IDC_PORTS) {
+                told += Names.at(HIWORD(seen.back().wParam)) + "(" + std::to_string(askBox(CB_GETCURSEL)) + ") ";
+            } else if (message == WM_COMMAND) {
+                commands += std::to_string(seen.back().wParam) + " ";
             }
             return false;
         };
@@ -100,52 +83,49 @@ protected:
 };
 
 TEST_F(Controls, AComboBoxTellsWhatItsUserDoes) {
-    struct Row {
+    // On a box with the entries 0 to 15, of which 2 is selected.
+    const struct {
         const char *acts, *told;
         LRESULT selected;
-    };
-    // On a box with the entries 0 to 15, of which 2 is selected.
-    const Row rows[] = {
+    } rows[] = {
         {"type:1 type:5", "SELENDOK(10) SELCHANGE(10) SELENDOK(15) SELCHANGE(15) ", 15},
         {"open click:4", "DROPDOWN(2) SELENDOK(4) CLOSEUP(4) SELCHANGE(4) ", 4},
         {"open click:2", "DROPDOWN(2) SELENDOK(2) CLOSEUP(2) SELCHANGE(2) ", 2},
         {"open click-beside", "DROPDOWN(2) SELENDCANCEL(2) CLOSEUP(2) ", 2},
-        {"open hover:5 Enter", "DROPDOWN(2) SELENDOK(5) CLOSEUP(5) SELCHANGE(5) ", 5},
-        {"open Enter", "DROPDOWN(2) SELENDOK(2) CLOSEUP(2) ", 2},
-        {"open down down Escape", "DROPDOWN(2) SELCHANGE(3) SELCHANGE(4) SELENDCANCEL(4) CLOSEUP(4) ", 4},
-        {"open down click:2", "DROPDOWN(2) SELCHANGE(3) SELENDOK(2) CLOSEUP(2) SELCHANGE(2) ", 2},
-        {"open type:7 Enter", "DROPDOWN(2) SELCHANGE(7) SELENDOK(7) CLOSEUP(7) ", 7},
-        {"open wheel Escape", "DROPDOWN(2) SELENDCANCEL(2) CLOSEUP(2) ", 2},
-        {"open down CB_SETCURSEL:7 down Enter", "DROPDOWN(2) SELCHANGE(3) SELCHANGE(8) SELENDOK(8) CLOSEUP(8) ", 8},
-        {"F4 hover:5 F4", "DROPDOWN(2) SELENDCANCEL(2) CLOSEUP(2) ", 2},
-        {"Alt+down down Alt+up", "DROPDOWN(2) SELCHANGE(3) SELENDCANCEL(3) CLOSEUP(3) ", 3},
-        {"CB_SHOWDROPDOWN:1 CB_SHOWDROPDOWN:0", "DROPDOWN(2) SELENDCANCEL(2) CLOSEUP(2) ", 2},
-        {"down", "SELENDOK(3) SELCHANGE(3) ", 3},
-        {"space", "", 2},
-        {"wheel", "", 2},
-        {"CB_SETCURSEL:7 CB_ADDSTRING", "", 7},
+        {"open point:5 Return", "DROPDOWN(2) SELENDOK(5) CLOSEUP(5) SELCHANGE(5) ", 5},
+        {"open Return", "DROPDOWN(2) SELENDOK(2) CLOSEUP(2) ", 2},
+        {"open Down Down Esc", "DROPDOWN(2) SELCHANGE(3) SELCHANGE(4) SELENDCANCEL(4) CLOSEUP(4) ", 4},
+        {"open Down click:2", "DROPDOWN(2) SELCHANGE(3) SELENDOK(2) CLOSEUP(2) SELCHANGE(2) ", 2},
+        {"open type:7 Return", "DROPDOWN(2) SELCHANGE(7) SELENDOK(7) CLOSEUP(7) ", 7},
+        {"open wheel Esc", "DROPDOWN(2) SELENDCANCEL(2) CLOSEUP(2) ", 2},
+        {"open Down CB_SETCURSEL:7 Down Return", "DROPDOWN(2) SELCHANGE(3) SELCHANGE(8) SELENDOK(8) CLOSEUP(8) ", 8},
+        {"F4 point:5 F4", "DROPDOWN(2) SELENDCANCEL(2) CLOSEUP(2) ", 2},
+        {"Alt+Down Down Alt+Up", "DROPDOWN(2) SELCHANGE(3) SELENDCANCEL(3) CLOSEUP(3) ", 3},
+        {"Down", "SELENDOK(3) SELCHANGE(3) ", 3},
+        {"Space wheel CB_ADDSTRING", "", 2},
+        {"CB_SETCURSEL:7", "", 7},
         {"CB_RESETCONTENT", "", CB_ERR},
         {"CB_SETCURSEL:99", "", CB_ERR},
     };
     inDialog([&] {
-        for (const Row& row : rows) {
-            tell(CB_RESETCONTENT);
+        for (const auto& row : rows) {
+            SCOPED_TRACE(row.acts);
+            askBox(CB_RESETCONTENT);
             for (int entry = 0; entry < 16; ++entry) {
-                tell(CB_ADDSTRING, 0, std::to_string(entry).c_str());
+                askBox(CB_ADDSTRING, 0, std::to_string(entry).c_str());
             }
-            EXPECT_EQ(selection(), CB_ERR) << "none until one is made";
+            EXPECT_EQ(askBox(CB_GETCURSEL), CB_ERR) << "none until one is made";
             act("CB_SETCURSEL:2");
             SetFocus(control(IDC_PORTS));
-            settle();
             told.clear();
             std::istringstream words(row.acts);
             for (std::string word; words >> word;) {
                 act(word);
             }
-            EXPECT_EQ(told, row.told) << row.acts;
-            EXPECT_EQ(selection(), row.selected) << row.acts;
-            EXPECT_FALSE(tell(CB_GETDROPPEDSTATE)) << row.acts;
-            EXPECT_EQ(commands, "") << row.acts << ": a key of the list is not one of the dialog";
+            EXPECT_EQ(told, row.told);
+            EXPECT_EQ(askBox(CB_GETCURSEL), row.selected);
+            EXPECT_FALSE(askBox(CB_GETDROPPEDSTATE));
+            EXPECT_EQ(commands, "") << "a key of the list is not one of the dialog";
             // Only the first row types a word; letters of one row are not the beginning of the next row's.
             clock.pass(2 * Second);
         }
@@ -153,38 +133,38 @@ TEST_F(Controls, AComboBoxTellsWhatItsUserDoes) {
 }
 
 TEST_F(Controls, ADialogTakesItsKeys) {
-    const auto key = [](Qt::Key code, Qt::KeyboardModifiers with = {}) { return [=] { press(code, with); }; };
     const struct {
-        const char* what;
-        std::function<void()> act;
-        std::string commands;
+        const char *what, *act, *commands;
         int focus;
     } rows[] = {
-        {"Enter for the default button", key(Qt::Key_Return), "1 ", IDC_PORTS},
-        {"Escape", key(Qt::Key_Escape), "2 ", IDC_PORTS},
-        {"default button", key(Qt::Key_Tab), "", IDC_CLOSE},
-        {"other button", key(Qt::Key_Tab), "", IDC_CANCEL},
-        {"Enter for the focused button", key(Qt::Key_Return), "2 ", IDC_CANCEL},
-        {"space", key(Qt::Key_Space), "2 ", IDC_CANCEL},
-        {"round", key(Qt::Key_Tab), "", IDC_PORTS},
-        {"and back", key(Qt::Key_Tab, Qt::ShiftModifier), "", IDC_CANCEL},
-        {"the window's own button", [] { widgetOf(openDialogWindow())->close(); }, "2 ", IDC_CANCEL},
-        {"to the box", key(Qt::Key_Tab), "", IDC_PORTS},
-        {"a disabled default button", [] { EnableWindow(control(IDC_CLOSE), FALSE); }, "", IDC_PORTS},
-        {"stays unpressed", key(Qt::Key_Return), "", IDC_PORTS},
+        {"the default button", "Return", "1 ", IDC_PORTS},
+        {"cancel", "Esc", "2 ", IDC_PORTS},
+        {"to the default button", "Tab", "", IDC_CLOSE},
+        {"to the other button", "Tab", "", IDC_CANCEL},
+        {"the focused button", "Return", "2 ", IDC_CANCEL},
+        {"the focused button", "Space", "2 ", IDC_CANCEL},
+        {"round", "Tab", "", IDC_PORTS},
+        {"and back", "Shift+Tab", "", IDC_CANCEL},
+        {"the window's own button", "close", "2 ", IDC_CANCEL},
+        {"over the disabled default button", "Shift+Tab", "", IDC_PORTS},
+        {"which stays unpressed", "Return", "", IDC_PORTS},
     };
     inDialog([&] {
         ShowWindow(control(IDC_CANCEL), SW_SHOW);
         EXPECT_EQ(GetFocus(), control(IDC_PORTS)) << "the first tab stop";
         const QImage asDefault = widgetOf(control(IDC_CLOSE))->grab().toImage();
         for (const auto& row : rows) {
+            SCOPED_TRACE(row.what);
             commands.clear();
-            row.act();
-            settle();
-            EXPECT_EQ(commands, row.commands) << row.what;
-            EXPECT_EQ(GetFocus(), control(row.focus)) << row.what;
-            EXPECT_TRUE(row.focus != IDC_CANCEL || widgetOf(control(IDC_CLOSE))->grab().toImage() != asDefault)
-                << row.what << ": the look says what Enter presses";
+            act(row.act);
+            EXPECT_EQ(commands, row.commands);
+            EXPECT_EQ(GetFocus(), control(row.focus));
+            if (row.focus == IDC_CANCEL) {
+                EXPECT_NE(widgetOf(control(IDC_CLOSE))->grab().toImage(), asDefault) << "not what Enter presses";
+            }
+            if (row.act == std::string("close")) {
+                EnableWindow(control(IDC_CLOSE), FALSE);
+            }
         }
     });
 }

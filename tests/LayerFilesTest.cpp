@@ -60,21 +60,14 @@ protected:
         Layer::TearDown();
     }
 
-    // Opens what waits for an answer from within a message of a frame with a timer, and answers it.
+    // Opens what waits for an answer, with a timer behind it, and answers it.
     void during(const std::function<void()>& open, const std::function<void()>& answer) {
         SetTimer(frame, 1, 10, nullptr);
         seen.clear();
-        handler = [&](HWND, UINT message) {
-            if (message == Mark) {
-                open();
-            }
-            return message == Mark;
-        };
-        PostMessageA(frame, Mark, 0, 0);
-        run({{"timers behind it", timersGoOn, [&] {
-                  EXPECT_FALSE(IsWindowEnabled(frame));
-                  answer();
-              }}});
+        run({{"opening", always, open}, {"timers behind it", timersGoOn, [&] {
+                                             EXPECT_FALSE(IsWindowEnabled(frame));
+                                             answer();
+                                         }}});
         EXPECT_TRUE(IsWindowEnabled(frame));
     }
 
@@ -104,40 +97,28 @@ protected:
 }  // namespace
 
 TEST_F(LayerFiles, AFileIsReplacedInOneStepOrLeftAlone) {
-    constexpr DWORD InOneStep = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
-    fs::create_directory(folder / "empty");
-    write(folder / "locked", "old");
-    fs::permissions(folder / "locked", fs::perms::owner_read);
-    for (const auto& [to, moves] : {std::pair{"one.vrs", true},
-                                    {"fresh", true},
-                                    {"locked", false},
-                                    {"empty", false},
-                                    {"sub", false},
-                                    {"missing/file", false}}) {
-        write(folder / "part", "new");
-        const std::string before = read(folder / to);
-        EXPECT_EQ(MoveFileExA("part", (folder / to).c_str(), InOneStep), moves) << to;
-        EXPECT_EQ(read(folder / to), moves ? "new" : before) << to;
-        EXPECT_EQ(DeleteFileA("part"), !moves) << to;
-    }
-    for (const char* name : {"locked", "sub", "empty", "missing"}) {
-        EXPECT_FALSE(DeleteFileA(name)) << name;
-    }
-    EXPECT_EQ(read(folder / "locked"), "old");
-
-    const auto open = [](const char* name, DWORD access) {
-        return CreateFileA(name, access, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    const auto open = [](const std::string& name, DWORD access) {
+        return CreateFileA(name.c_str(), access, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     };
-    for (const char* name : {"locked", "sub", "missing", "", "COM129:"}) {
-        EXPECT_EQ(open(name, GENERIC_WRITE), INVALID_HANDLE_VALUE) << name;
+    fs::create_directory("empty");
+    write("locked", "old");
+    fs::permissions("locked", fs::perms::owner_read);
+    for (const std::string to : {"fresh", "one.vrs", "locked", "empty", "sub", "missing/file"}) {
+        const bool moves = to == "fresh" || to == "one.vrs";
+        const std::string before = read(to);
+        write("part", "new");
+        EXPECT_EQ(MoveFileExA("part", to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH), moves) << to;
+        EXPECT_EQ(read(to), moves ? "new" : before) << to;
+        EXPECT_EQ(DeleteFileA("part"), !moves) << to;
+        const HANDLE file = open(to, GENERIC_WRITE);
+        EXPECT_EQ(file != INVALID_HANDLE_VALUE, moves) << to;
+        EXPECT_TRUE(moves ? FlushFileBuffers(file) && CloseHandle(file) : !DeleteFileA(to.c_str())) << to;
+        EXPECT_FALSE(FlushFileBuffers(file) || CloseHandle(file)) << to << " is closed";
+        EXPECT_EQ(read(to), moves ? "new" : before) << to;
     }
+    EXPECT_TRUE(fs::exists("empty") && read("locked") == "old");
     const HANDLE readable = open("locked", GENERIC_READ);
-    const HANDLE file = open("one.vrs", GENERIC_WRITE);
-    EXPECT_TRUE(readable != INVALID_HANDLE_VALUE && file != INVALID_HANDLE_VALUE && readable != file);
-    EXPECT_TRUE(FlushFileBuffers(file) && !FlushFileBuffers(readable));
-    EXPECT_TRUE(CloseHandle(file) && CloseHandle(readable));
-    EXPECT_FALSE(FlushFileBuffers(file) || CloseHandle(file));
-    EXPECT_EQ(read(folder / "one.vrs"), "new");
+    EXPECT_TRUE(!FlushFileBuffers(readable) && CloseHandle(readable)) << "opened for reading only";
 }
 
 TEST_F(LayerFiles, DialogsTakeNamesFromTheKeyboard) {
@@ -185,46 +166,46 @@ TEST_F(LayerFiles, DialogsShowTheFilesOfTheirKindAndTakeTheMouse) {
     };
     const auto chooseFile = [&] {
         auto* list = modal().findChild<QAbstractItemView*>(QStringLiteral("listView"));
-        const auto entry = [&](const char* name) {
-            const QModelIndex first = list->model()->index(0, 0, list->rootIndex());
-            return list->visualRect(list->model()->match(first, Qt::DisplayRole, QString::fromLatin1(name)).value(0));
+        const auto place = [=](const char* name) {
+            const QAbstractItemModel& model = *list->model();
+            const QModelIndex first = model.index(0, 0, list->rootIndex());
+            return list->visualRect(model.match(first, Qt::DisplayRole, QLatin1String(name)).value(0));
         };
-        EXPECT_TRUE(pumpUntil([&] { return !entry("one.vrs").isEmpty(); }));
-        EXPECT_TRUE(entry("other.txt").isEmpty()) << "filtered";
-        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, entry("one.vrs").center());
+        EXPECT_TRUE(pumpUntil([=] { return !place("one.vrs").isEmpty(); }));
+        EXPECT_TRUE(place("other.txt").isEmpty()) << "filtered";
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, place("one.vrs").center());
         push(0);
     };
     EXPECT_EQ(choose(GetOpenFileNameA, "", chooseFile), "one.vrs");
-    EXPECT_EQ(choose(GetSaveFileNameA, "one.vrs", [&] { push(1); }), "");
+    EXPECT_EQ(choose(GetSaveFileNameA, "one.vrs", [&] { push(1); }), "") << "turned back";
 }
 
 TEST_F(LayerFiles, MessageBoxesGiveTheAnswer) {
     using Box = QMessageBox;
-    struct Row {
+    const struct {
         UINT type;
         int answer;
         Box::StandardButton button;
         const char* keys;  // none: a click on the button
-    };
-    for (const Row& row :
-         {Row{MB_OK | MB_ICONEXCLAMATION, IDOK, Box::Ok, "\x1B"}, Row{MB_OK, IDOK, Box::Ok, ""},
-          Row{MB_YESNO | MB_ICONINFORMATION, IDYES, Box::Yes, "\n"}, Row{MB_YESNO, IDNO, Box::No, ""}}) {
-        const auto reply = [&] {
-            auto& box = dynamic_cast<Box&>(modal());
-            // As it is shown, with a letter of the code page.
-            EXPECT_EQ(box.text(), QStringLiteral("one & two\n<b>\u0142</b>"));
-            EXPECT_EQ(box.windowTitle(), QStringLiteral("caption"));
-            EXPECT_EQ(box.textFormat(), Qt::PlainText);
-            if (row.type & MB_YESNO) {
-                box.close();
-                typeAll("\x1B");
-                settle();
-                EXPECT_TRUE(box.isVisible() && !box.button(Box::No)->isDown()) << "a question wants an answer";
-            }
-            *row.keys ? typeAll(row.keys) : QTest::mouseClick(box.button(row.button), Qt::LeftButton);
-        };
+    } rows[] = {{MB_OK, IDOK, Box::Ok, "\x1B"},
+                {MB_OK, IDOK, Box::Ok, ""},
+                {MB_YESNO, IDYES, Box::Yes, "\n"},
+                {MB_YESNO, IDNO, Box::No, ""}};
+    for (const auto& row : rows) {
         int answer = -1;
-        during([&] { answer = MessageBoxA(frame, "one & two\n<b>\xB3</b>", "caption", row.type); }, reply);
-        EXPECT_EQ(answer, row.answer) << row.type;
+        during([&] { answer = MessageBoxA(frame, "one & two\n<b>\xB3</b>", "caption", row.type); },
+               [&] {
+                   auto& box = dynamic_cast<Box&>(modal());
+                   EXPECT_EQ(box.text(), QStringLiteral("one & two\n<b>\u0142</b>"));
+                   EXPECT_EQ(box.textFormat(), Qt::PlainText);
+                   if (row.type == MB_YESNO) {
+                       box.close();
+                       typeAll("\x1B");
+                       settle();
+                       EXPECT_TRUE(box.isVisible() && !box.button(Box::No)->isDown()) << "a question wants an answer";
+                   }
+                   *row.keys ? typeAll(row.keys) : QTest::mouseClick(box.button(row.button), Qt::LeftButton);
+               });
+        EXPECT_EQ(answer, row.answer) << row.keys;
     }
 }

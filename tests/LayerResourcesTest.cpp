@@ -17,13 +17,10 @@ namespace {
 
 // What stands round others or between them.
 bool isFrame(const layer::Window& control) {
-    constexpr DWORD GroupBoxStyle = 7;
-    constexpr DWORD FirstEtchedStyle = 0x10;
-    constexpr DWORD LastEtchedStyle = 0x12;
-    const DWORD type = control.style & 0x1F;
-    return control.kind == layer::Kind::Button
-               ? (type & 0xF) == GroupBoxStyle
-               : control.kind == layer::Kind::Static && type >= FirstEtchedStyle && type <= LastEtchedStyle;
+    constexpr DWORD GroupBox = 7;
+    const bool etched = (control.style & 0x1F) >= 0x10 && (control.style & 0x1F) <= 0x12;
+    return control.kind == layer::Kind::Button ? (control.style & 0xF) == GroupBox
+                                               : control.kind == layer::Kind::Static && etched;
 }
 
 // A dialog's controls have ids of their own, stand inside it and on no other, and one at most is what Enter presses.
@@ -104,22 +101,20 @@ TEST_F(Layer, MenuItemsSendTheirCommandsAndTakeTheirMarks) {
 }
 
 TEST_F(Layer, TagsShowTheLanguageOnTheColourOfTheChoice) {
-    const HDC memory = CreateCompatibleDC(nullptr);
-    // White where the picture has its letters.
-    const auto lettersOf = [&](int tag, COLORREF ground) {
-        std::vector<bool> letters;
-        SelectObject(memory, LoadBitmapA(nullptr, MAKEINTRESOURCEA(static_cast<unsigned>(tag))));
-        for (int at = 0; GetPixel(memory, at / 12, 11) != CLR_INVALID; ++at) {
-            letters.push_back(GetPixel(memory, at / 12, at % 12) == White);
-            EXPECT_TRUE(letters.back() || GetPixel(memory, at / 12, at % 12) == ground) << tag;
-        }
-        EXPECT_TRUE(letters.size() >= 12 * 12 && GetPixel(memory, 0, 12) == CLR_INVALID) << "12 pixels high";
+    // Where the picture has its letters, which are white on the ground.
+    const auto lettersOf = [](unsigned tag, QColor ground) {
+        const QImage picture = layer::imageOf(LoadBitmapA(nullptr, MAKEINTRESOURCEA(tag)));
+        const QImage letters = picture.createMaskFromColor(QColor(Qt::white).rgb());
+        EXPECT_EQ(letters, picture.createMaskFromColor(ground.rgb(), Qt::MaskOutColor)) << tag;
+        EXPECT_TRUE(letters.height() == 12 && letters.width() >= 12 && letters.width() <= 14) << tag;
         return letters;
     };
-    std::set<std::vector<bool>> pictures;
-    for (const auto& [plain, chosen] : {std::pair{1014, 204}, {203, 205}, {1015, 209}, {1017, 1016}, {230, 229}}) {
-        EXPECT_EQ(lettersOf(plain, Grey), lettersOf(chosen, Blue)) << plain;
-        EXPECT_TRUE(pictures.insert(lettersOf(plain, Grey)).second) << plain << " is that of another language";
+    QList<QImage> known;
+    for (const auto& [plain, chosen] : {std::pair{1014u, 204u}, {203, 205}, {1015, 209}, {1017, 1016}, {230, 229}}) {
+        const QImage letters = lettersOf(plain, QColor(128, 128, 128));
+        EXPECT_EQ(letters, lettersOf(chosen, Qt::blue)) << plain;
+        EXPECT_FALSE(known.contains(letters)) << plain << " is that of another language";
+        known.append(letters);
     }
 }
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <map>
 
+#include "platform/linux/Layer.h"
 #include "resources/Ids.h"
 
 std::vector<Seen> seen;
@@ -13,23 +14,8 @@ namespace {
 
 std::map<HWND, std::string> areas;
 
-// Whether the message has been dealt with.
-bool record(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    seen.push_back({window, message, wParam, lParam});
-    if (handler && handler(window, message)) {
-        return true;
-    }
-    if (message == WM_PAINT) {
-        PAINTSTRUCT paint;
-        BeginPaint(window, &paint);
-        areas[window] = text(paint.rcPaint);
-        EndPaint(window, &paint);
-    }
-    return message == WM_PAINT;
-}
-
 LRESULT CALLBACK recordWindow(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    return record(window, message, wParam, lParam) ? 0 : DefWindowProcA(window, message, wParam, lParam);
+    return recordDialog(window, message, wParam, lParam) ? 0 : DefWindowProcA(window, message, wParam, lParam);
 }
 
 }  // namespace
@@ -38,8 +24,19 @@ int count(UINT message) {
     return static_cast<int>(std::ranges::count(seen, message, &Seen::message));
 }
 
-INT_PTR CALLBACK recordDialog(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    return record(window, message, wParam, lParam) || message == WM_INITDIALOG;
+// Whether the message has been dealt with.
+INT_PTR CALLBACK recordDialog(HWND window, UINT message, WPARAM wParam, LPARAM) {
+    seen.push_back({message, wParam});
+    if (handler && handler(window, message)) {
+        return TRUE;
+    }
+    if (message == WM_PAINT) {
+        PAINTSTRUCT paint;
+        BeginPaint(window, &paint);
+        areas[window] = text(paint.rcPaint);
+        EndPaint(window, &paint);
+    }
+    return message == WM_PAINT || message == WM_INITDIALOG;
 }
 
 void Layer::SetUp() {
@@ -52,20 +49,20 @@ void Layer::SetUp() {
 
 void Layer::TearDown() {
     handler = nullptr;
-    for (const HWND frame : frames) {
-        DestroyWindow(frame);
+    while (!layer::topLevels().empty()) {
+        DestroyWindow(layer::topLevels().back()->handle);
     }
 }
 
 HWND Layer::openFrame() {
-    frames.push_back(
-        CreateWindowExA(0, "Layer", "frame", WS_SYSMENU, 0, 0, 400, 300, nullptr, nullptr, nullptr, nullptr));
-    ShowWindow(frames.back(), SW_SHOW);
-    UpdateWindow(frames.back());
+    const HWND frame =
+        CreateWindowExA(0, "Layer", "frame", WS_SYSMENU, 0, 0, 400, 300, nullptr, nullptr, nullptr, nullptr);
+    ShowWindow(frame, SW_SHOW);
+    UpdateWindow(frame);
     // Only an active window has the keyboard.
-    EXPECT_TRUE(pumpUntil([&] { return widgetOf(frames.back())->isActiveWindow(); }));
+    EXPECT_TRUE(pumpUntil([&] { return widgetOf(frame)->isActiveWindow(); }));
     seen.clear();
-    return frames.back();
+    return frame;
 }
 
 HWND Layer::openDialog(HWND frame) {
@@ -78,5 +75,5 @@ HWND Layer::openDialog(HWND frame) {
 std::string Layer::painted(HWND window) {
     areas.erase(window);
     UpdateWindow(window);
-    return areas.contains(window) ? areas[window] : "";
+    return areas[window];
 }

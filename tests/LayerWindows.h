@@ -10,10 +10,8 @@
 #include "WindowFixture.h"
 
 struct Seen {
-    HWND window;
     UINT message;
     WPARAM wParam;
-    LPARAM lParam;
 };
 
 // All messages that reached a window of these since the list was last cleared.
@@ -33,12 +31,9 @@ protected:
     void TearDown() override;
 
     // A shown and painted window with a client area of at least 390 by 250 pixels.
-    HWND openFrame();
+    static HWND openFrame();
     // The template of the Readings page, which has one button.
     static HWND openDialog(HWND frame);
     // Has the window painted now; the area that was to be painted, "" if there was none.
     static std::string painted(HWND window);
-
-private:
-    std::vector<HWND> frames;
 };
