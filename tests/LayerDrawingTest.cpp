@@ -18,7 +18,7 @@ constexpr RECT Field{0, 0, 200, 100};
 constexpr RECT TextField{15, 15, 200, 60};
 
 // The colours in Field, each with the pixel rows and columns that it takes.
-std::map<COLORREF, std::string> coloursOf(HWND window) {
+std::map<COLORREF, RECT> coloursOf(HWND window) {
     std::map<COLORREF, RECT> found;
     const std::vector<COLORREF> pixels = snapshot(window, Field);
     for (size_t at = 0; at < pixels.size(); ++at) {
@@ -28,11 +28,7 @@ std::map<COLORREF, std::string> coloursOf(HWND window) {
         bounds = {std::min(bounds.left, x), std::min(bounds.top, y), std::max(bounds.right, x + 1),
                   std::max(bounds.bottom, y + 1)};
     }
-    std::map<COLORREF, std::string> texts;
-    for (const auto& [colour, bounds] : found) {
-        texts[colour] = text(bounds);
-    }
-    return texts;
+    return found;
 }
 
 int redIn(HWND window, const RECT& area) {
@@ -47,6 +43,7 @@ protected:
         Layer::SetUp();
         window = openFrame();
         dc = GetDC(window);
+        CreateFonts();
     }
     void clear() const {
         InvalidateRect(window, nullptr, TRUE);
@@ -58,6 +55,13 @@ protected:
     }
     void write(std::string_view letters) const {
         ExtTextOutA(dc, 20, 20, ETO_OPAQUE, nullptr, letters.data(), static_cast<UINT>(letters.size()), nullptr);
+    }
+    // The large and the small one.
+    static std::pair<HFONT, HFONT> fontsOf(const char* language, int profile) {
+        std::copy_n(language, 4, LangCode.data());
+        SetSizeProfile(profile);
+        ChooseFonts();
+        return {LargeFont, SmallFont};
     }
     // The picture of a text alone, its cells and a margin.
     std::vector<COLORREF> textPicture(HFONT font, std::string_view letters) const {
@@ -89,7 +93,7 @@ TEST_F(LayerDrawing, ShapesStayInTheirBoxAndAreNotSmoothed) {
             draw(dc, given.left, given.top, given.right, given.bottom);
             const std::string what = name + (" " + text(given));
             auto colours = coloursOf(window);
-            EXPECT_EQ(colours[Red], text(filled)) << what;
+            EXPECT_EQ(text(colours[Red]), text(filled)) << what;
             EXPECT_TRUE(colours.size() == 3 && colours.contains(Cyan)) << what << " is smoothed";
             EXPECT_EQ(pixelOf(window, filled.right - 1, filled.bottom - 1), corner) << what;
             EXPECT_EQ(pixelOf(window, (filled.left + filled.right) / 2, (filled.top + filled.bottom) / 2), Cyan);
@@ -116,20 +120,21 @@ TEST_F(LayerDrawing, OnlyAThinLineLeavesOutItsLastPoint) {
         clear();
         MoveToEx(dc, row.from.x, row.from.y, nullptr);
         LineTo(dc, row.to.x, row.to.y);
-        EXPECT_EQ(coloursOf(window)[Red], row.drawn) << row.pen << " wide";
+        EXPECT_EQ(text(coloursOf(window)[Red]), row.drawn) << row.pen << " wide";
         EXPECT_EQ(coloursOf(window).size(), 2u) << row.drawn << " is smoothed";
         for (int x = std::min(row.from.x, row.to.x) + 1; x < std::max(row.from.x, row.to.x); ++x) {
             EXPECT_GE(redIn(window, {x, 0, x + 1, Field.bottom}), row.pen) << row.drawn << " has a gap at " << x;
         }
-        POINT end{};
-        MoveToEx(dc, 0, 0, &end);
-        EXPECT_TRUE(end.x == row.to.x && end.y == row.to.y) << row.drawn;
     }
+    // Each with the last point of the one before it.
     usePen(1);
     clear();
     const POINT corner[] = {{10, 10}, {20, 10}, {20, 20}};
     Polyline(dc, corner, 3);
-    EXPECT_EQ(redIn(window, Field), 20);
+    MoveToEx(dc, 50, 10, nullptr);
+    LineTo(dc, 60, 10);
+    LineTo(dc, 60, 20);
+    EXPECT_TRUE(redIn(window, {10, 10, 21, 21}) == 20 && redIn(window, {50, 10, 61, 21}) == 20);
 
     usePen(9);
     clear();
@@ -153,11 +158,11 @@ TEST_F(LayerDrawing, TextFillsItsCellsOrTheGivenRectangle) {
     SIZE cell{};
     GetTextExtentPoint32A(dc, "Wi", 2, &cell);
     ExtTextOutA(dc, 30, 40, ETO_OPAQUE, nullptr, "Wild", 2, nullptr);
-    EXPECT_EQ(coloursOf(window)[Yellow], text({30, 40, 30 + cell.cx, 40 + cell.cy})) << "two letters of four";
+    EXPECT_EQ(text(coloursOf(window)[Yellow]), text({30, 40, 30 + cell.cx, 40 + cell.cy})) << "two letters of four";
     clear();
     const RECT area{25, 35, 200, 90};
     ExtTextOutA(dc, 30, 40, ETO_OPAQUE, &area, "Wi", 2, nullptr);
-    EXPECT_EQ(coloursOf(window)[Yellow], text(area));
+    EXPECT_EQ(text(coloursOf(window)[Yellow]), text(area));
     EXPECT_EQ(pixelOf(window, 199, 89), Yellow);
     EXPECT_GT(countPixels(window, area, darkish), 0);
 }
@@ -167,27 +172,23 @@ TEST_F(LayerDrawing, EachProfileHasItsFontsAndANumberLeavesNothingOfTheOneItRepl
     constexpr SIZE Large[] = {{11, 28}, {14, 36}, {18, 49}, {23, 62}, {23, 65}};
     constexpr SIZE Small[] = {{6, 14}, {8, 18}, {8, 18}, {12, 24}, {12, 24}};
     std::set<HFONT> fonts;
-    // The letters are wider than the average character that is asked for, alike in all sizes.
-    const auto expectCells = [&](HFONT font, const SIZE& asked, double ratio, double tolerance) {
+    // The letters are a quarter wider than the average character that is asked for, alike in all sizes.
+    const auto expectCells = [&](HFONT font, const SIZE& asked, double tolerance) {
         SIZE cells{};
         SelectObject(dc, font);
         GetTextExtentPoint32A(dc, Letters.data(), 52, &cells);
         EXPECT_EQ(cells.cy, asked.cy);
-        EXPECT_NEAR(static_cast<double>(cells.cx) / 52 / static_cast<double>(asked.cx) / ratio, 1, tolerance)
-            << asked.cy;
+        EXPECT_NEAR(static_cast<double>(cells.cx) / 52 / static_cast<double>(asked.cx), 1.25, tolerance) << asked.cy;
         fonts.insert(font);
     };
-    CreateFonts();
     for (const char* code : {"pol", "rus"}) {
-        std::copy_n(code, 4, LangCode.data());
         for (int profile = 1; profile <= 5; ++profile) {
-            SetSizeProfile(profile);
-            ChooseFonts();
-            expectCells(LargeFont, Large[profile - 1], 1.25, 0.06);
-            expectCells(SmallFont, Small[profile - 1], 1.25, 0.1);
-            const auto fresh = textPicture(LargeFont, "1111");
+            const auto [large, small] = fontsOf(code, profile);
+            expectCells(large, Large[profile - 1], 0.06);
+            expectCells(small, Small[profile - 1], 0.1);
+            const auto fresh = textPicture(large, "1111");
             for (char digit = '0'; digit <= '9'; ++digit) {
-                textPicture(LargeFont, std::string(4, digit));
+                textPicture(large, std::string(4, digit));
                 write("1111");
                 EXPECT_TRUE(snapshot(window, TextField) == fresh) << digit << ", size " << profile;
             }
@@ -197,12 +198,8 @@ TEST_F(LayerDrawing, EachProfileHasItsFontsAndANumberLeavesNothingOfTheOneItRepl
 }
 
 TEST_F(LayerDrawing, BytesAreTheLettersOfTheFontsCodePage) {
-    LOGFONTA description{};
-    description.lfHeight = 24;
-    description.lfCharSet = EASTEUROPE_CHARSET;
-    const HFONT latin = CreateFontIndirectA(&description);
-    description.lfCharSet = RUSSIAN_CHARSET;
-    const HFONT cyrillic = CreateFontIndirectA(&description);
+    const HFONT latin = fontsOf("pol", 2).first;
+    const HFONT cyrillic = fontsOf("rus", 2).first;
     // Cyrillic letters that look like Latin ones, and what is in both.
     EXPECT_TRUE(textPicture(cyrillic, "\xC0\xC2\xC5\xCC\xCD\xCE\xD0\xD1\xD2\xD5 AH 09\xB0") ==
                 textPicture(latin, "ABEMHOPCTX AH 09\xB0"));

@@ -64,16 +64,16 @@ TEST_F(Layer, KnowsWhatIsToBePainted) {
         return [=] { SetWindowPos(window, nullptr, x, y, width, height, 0); };
     };
     const auto show = [](HWND window, int how) { return [=] { ShowWindow(window, how); }; };
+    const auto spoil = [=](const RECT& area) { return [=] { InvalidateRect(frame, &area, TRUE); }; };
     const HWND button = GetDlgItem(dialog, IDC_LEARN);
     place(dialog, 20, 30, 200, 100)();
     place(button, 10, 20, 60, 30)();
     painted(frame);
-    struct Row {
+    const struct {
         const char* what;
         std::function<void()> act;
         std::string ofFrame, ofDialog;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"frame moved", place(frame, 60, 0, 400, 300), "", ""},
         {"frame grown", place(frame, 60, 0, 420, 280), "0,0 414x251", "0,0 200x100"},
         {"dialog at its place", place(dialog, 20, 30, 200, 100), "", ""},
@@ -83,17 +83,14 @@ TEST_F(Layer, KnowsWhatIsToBePainted) {
         {"button at its place", place(button, 100, 20, 60, 30), "", ""},
         {"dialog hidden", show(dialog, SW_HIDE), "20,50 200x120", ""},
         {"dialog shown", show(dialog, SW_SHOW), "", "0,0 200x120"},
-        {"part",
-         [=] {
-             InvalidateRect(frame, std::array{RECT{10, 20, 30, 70}}.data(), FALSE);
-         },
-         "10,20 20x50", "0,0 10x20"},
+        {"a part", spoil({10, 20, 30, 70}), "10,20 20x50", "0,0 10x20"},
+        {"more than all", spoil({300, 200, 500, 400}), "300,200 114x51", ""},
         {"frame hidden", show(frame, SW_HIDE), "", ""},
-        {"invalid, but hidden", [=] { InvalidateRect(frame, nullptr, TRUE); }, "", ""},
+        {"invalid, but hidden", spoil({0, 0, 400, 300}), "", ""},
         {"frame shown", show(frame, SW_SHOW), "0,0 414x251", "0,0 200x120"},
         {"dialog destroyed", [=] { DestroyWindow(dialog); }, "20,50 200x120", ""},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         row.act();
         EXPECT_EQ(painted(dialog), row.ofDialog) << row.what;
         EXPECT_EQ(painted(frame), row.ofFrame) << row.what;
@@ -103,9 +100,7 @@ TEST_F(Layer, KnowsWhatIsToBePainted) {
 
 TEST_F(Layer, WhatIsDrawnShowsAndStaysUntilItsPartIsErased) {
     const HWND frame = openFrame();
-    const HDC dc = GetDC(frame);
-    Rectangle(dc, 0, 0, 100, 100);
-    ReleaseDC(frame, dc);
+    Rectangle(GetDC(frame), 0, 0, 100, 100);
     settle();
     const QImage shown = QApplication::primaryScreen()->grabWindow(widgetOf(frame)->winId()).toImage();
     EXPECT_EQ(shown.pixelColor(70, 70), QColor(Qt::white));
@@ -134,8 +129,7 @@ TEST_F(Layer, WhatIsDrawnShowsAndStaysUntilItsPartIsErased) {
 }
 
 TEST_F(Layer, AButtonClicksOncePerClickAndOnlyForItsUser) {
-    const HWND dialog = openDialog(openFrame());
-    const HWND button = GetDlgItem(dialog, IDC_LEARN);
+    const HWND button = GetDlgItem(openDialog(openFrame()), IDC_LEARN);
     const auto expectClicks = [&](int expected, const char* what) {
         settle();
         EXPECT_EQ(count(WM_COMMAND), expected) << what;
@@ -195,8 +189,6 @@ TEST_F(Layer, DeadAndNullHandlesFailAndHarmNothing) {
     EXPECT_FALSE(Rectangle(dc, 0, 0, 10, 10) || LineTo(dc, 10, 10) ||
                  ExtTextOutA(dc, 0, 0, 0, nullptr, "A", 1, nullptr));
     EXPECT_EQ(GetPixel(dc, 1, 1), CLR_INVALID);
-    const HDC living = GetDC(frame);
-    EXPECT_FALSE(SelectObject(living, brush) || DeleteObject(brush) || DeleteObject(GetStockObject(WHITE_BRUSH)));
-    ReleaseDC(frame, living);
+    EXPECT_FALSE(SelectObject(GetDC(frame), brush) || DeleteObject(brush) || DeleteObject(GetStockObject(WHITE_BRUSH)));
     EXPECT_EQ(CreateDialogParamA(nullptr, MAKEINTRESOURCEA(9999), frame, recordDialog, 0), nullptr);
 }
