@@ -1,13 +1,9 @@
 // Combo boxes and modal dialogs of the layer, as their user works them.
 #include <QKeySequence>
-#include <QWidget>
-#include <map>
 #include <sstream>
-#include <string>
 
 #include "LayerWindows.h"
 #include "User.h"
-#include "resources/Ids.h"
 
 namespace {
 

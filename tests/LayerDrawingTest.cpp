@@ -1,14 +1,9 @@
 // Shapes and text of the layer, by their pixels.
-#include <algorithm>
-#include <map>
 #include <set>
-#include <string>
 #include <string_view>
 #include <tuple>
-#include <vector>
 
 #include "LayerWindows.h"
-#include "resources/Ids.h"
 #include "shell/AppState.h"
 #include "shell/SizeProfiles.h"
 

@@ -1,18 +1,13 @@
-// Menus, their pictures, strings and the dialog templates, as the compiled resources hold them.
+// Menus, strings and dialog templates, as the compiled resources hold them.
 #include <QAction>
 #include <QMenu>
 #include <QMenuBar>
 #include <array>
-#include <functional>
 #include <set>
 #include <span>
-#include <string>
-#include <vector>
 
 #include "LayerWindows.h"
 #include "User.h"
-#include "platform/linux/Layer.h"
-#include "resources/Ids.h"
 
 namespace {
 
@@ -94,24 +89,6 @@ TEST_F(Layer, MenuItemsSendTheirCommandsAndTakeTheirMarks) {
     std::array<char, 4> title{};
     EXPECT_EQ(LoadStringA(nullptr, IDS_TITLE, title.data(), 4), 3);
     EXPECT_STREQ(title.data(), "Tar") << "cut to its buffer";
-}
-
-TEST_F(Layer, TagsShowTheLanguageOnTheColourOfTheChoice) {
-    // Where the picture has its letters, which are white on the ground.
-    const auto lettersOf = [](unsigned tag, QColor ground) {
-        const QImage picture = layer::imageOf(LoadBitmapA(nullptr, MAKEINTRESOURCEA(tag)));
-        const QImage letters = picture.createMaskFromColor(QColor(Qt::white).rgb());
-        EXPECT_EQ(letters, picture.createMaskFromColor(ground.rgb(), Qt::MaskOutColor)) << tag;
-        EXPECT_TRUE(letters.height() == 12 && letters.width() >= 12 && letters.width() <= 14) << tag;
-        return letters;
-    };
-    QList<QImage> known;
-    for (const auto& [plain, chosen] : {std::pair{1014u, 204u}, {203, 205}, {1015, 209}, {1017, 1016}, {230, 229}}) {
-        const QImage letters = lettersOf(plain, QColor(128, 128, 128));
-        EXPECT_EQ(letters, lettersOf(chosen, Qt::blue)) << plain;
-        EXPECT_FALSE(known.contains(letters)) << plain << " is that of another language";
-        known.append(letters);
-    }
 }
 
 TEST_F(Layer, EveryDialogIsWellFormed) {

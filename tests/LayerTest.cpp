@@ -1,14 +1,9 @@
 // The layer behind platform/Win32.h: messages, timers, what is to be painted, buttons, handles of what has gone.
 #include <QApplication>
 #include <QScreen>
-#include <QWidget>
-#include <array>
-#include <string>
-#include <vector>
 
 #include "LayerWindows.h"
 #include "User.h"
-#include "resources/Ids.h"
 
 TEST_F(Layer, SentThenPostedThenInputThenPaintThenTimer) {
     const HWND window = openFrame();
@@ -175,13 +170,13 @@ TEST_F(Layer, DeadAndNullHandlesFailAndHarmNothing) {
     EXPECT_TRUE(DeleteObject(brush) && DestroyWindow(dialog));
     RECT rect{};
     PAINTSTRUCT paint{};
-    std::array<char, 8> buffer{"full"};
+    char buffer[8] = "full";
     for (const HWND dead : {dialog, button, HWND{nullptr}}) {
         EXPECT_FALSE(IsWindow(dead) || IsWindowVisible(dead) || IsWindowEnabled(dead) || DestroyWindow(dead));
         EXPECT_FALSE(ShowWindow(dead, SW_SHOW) || UpdateWindow(dead) || EnableWindow(dead, TRUE));
         EXPECT_FALSE(SetWindowPos(dead, nullptr, 0, 0, 10, 10, 0) || SetWindowTextA(dead, "text"));
         EXPECT_FALSE(GetWindowRect(dead, &rect) || GetClientRect(dead, &rect));
-        EXPECT_TRUE(GetWindowTextA(dead, buffer.data(), 8) == 0 && buffer[0] == 0);
+        EXPECT_TRUE(GetWindowTextA(dead, buffer, 8) == 0 && buffer[0] == 0);
         EXPECT_FALSE(GetDlgItem(dead, IDC_LEARN) || GetDC(dead) || BeginPaint(dead, &paint) || SetMenu(dead, nullptr));
         EXPECT_FALSE(PostMessageA(dead, Mark, 0, 0) || SendMessageA(dead, Mark, 0, 0));
         EXPECT_FALSE(CreateDialogParamA(nullptr, MAKEINTRESOURCEA(IDD_READINGS), dead, recordDialog, 0));
