@@ -45,19 +45,11 @@ class LayerFiles : public Layer {
 protected:
     void SetUp() override {
         Layer::SetUp();
-        std::string name = "/tmp/tarvex-files-XXXXXX";
-        folder = mkdtemp(name.data());
-        fs::create_directory(folder / "sub");
+        fs::create_directory("sub");
         for (const char* file : {"one.vrs", "other.txt", "sub/three.vrs"}) {
-            write(folder / file, file);
+            write(file, file);
         }
-        fs::current_path(folder);
         frame = openFrame();
-    }
-    void TearDown() override {
-        fs::current_path("/");
-        fs::remove_all(folder);
-        Layer::TearDown();
     }
 
     // Opens what waits for an answer, with a timer behind it, and answers it.
@@ -90,7 +82,8 @@ protected:
         return result == TRUE ? fs::path(path.data()).lexically_relative(folder).string() : "";
     }
 
-    fs::path folder;
+    const ProgramFolder place;
+    const fs::path& folder = place.path;
     HWND frame = nullptr;
 };
 

@@ -38,7 +38,7 @@ TEST_F(Layer, TimersNeverQueueAreReplacedAndEndWithTheirWindow) {
         }
         return ids;
     };
-    SetTimer(window, 2, 15, nullptr);
+    SetTimer(window, 2, 55, nullptr);
     SetTimer(window, 1, 10, nullptr);
     clock.pass(100 * Millisecond);
     EXPECT_EQ(next(2), "1 2 ") << "both late, each once";
