@@ -1,6 +1,8 @@
 // The Diagram page: which part of which picture stands where, and how the two bars move it.
 #include <QWidget>
+#include <algorithm>
 #include <array>
+#include <ranges>
 #include <utility>
 
 #include "User.h"
@@ -24,14 +26,11 @@ bool shows(unsigned resource, const QRect& view) {
         return GetPixel(page, view.x() + x, view.y() + y) !=
                GetPixel(picture, static_cast<int>(DiagramScrollX) + x, static_cast<int>(DiagramScrollY) + y);
     };
-    int at = 0;
-    while (at < view.width() * view.height() && !differs(at)) {
-        ++at;
-    }
+    const bool same = std::ranges::none_of(std::views::iota(0, view.width() * view.height()), differs);
     ReleaseDC(PageWindow, page);
     DeleteDC(picture);
     DeleteObject(bitmap);
-    return at == view.width() * view.height();
+    return same;
 }
 
 // The bars by axis, 0 for the horizontal one.

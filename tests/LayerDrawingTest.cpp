@@ -145,10 +145,6 @@ TEST_F(LayerDrawing, OnlyAThinLineLeavesOutItsLastPoint) {
 }
 
 TEST_F(LayerDrawing, TextFillsItsCellsOrTheGivenRectangle) {
-    write("H");
-    EXPECT_EQ(pixelOf(window, 20, 20), White);
-    EXPECT_GT(countPixels(window, Field, darkish), 0);
-    clear();
     EXPECT_EQ(SetBkColor(dc, Yellow), White);
     SIZE cell{};
     GetTextExtentPoint32A(dc, "Wi", 2, &cell);

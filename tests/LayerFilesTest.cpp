@@ -16,10 +16,6 @@ namespace fs = std::filesystem;
 
 using Asker = BOOL (*)(OPENFILENAMEA*);
 
-void write(const fs::path& path, const char* content) {
-    std::ofstream(path) << content;
-}
-
 std::string read(const fs::path& path) {
     std::ostringstream content;
     content << std::ifstream(path).rdbuf();
@@ -47,7 +43,7 @@ protected:
         Layer::SetUp();
         fs::create_directory("sub");
         for (const char* file : {"one.vrs", "other.txt", "sub/three.vrs"}) {
-            write(file, file);
+            std::ofstream(file) << file;
         }
         frame = openFrame();
     }
@@ -94,12 +90,12 @@ TEST_F(LayerFiles, AFileIsReplacedInOneStepOrLeftAlone) {
         return CreateFileA(name.c_str(), access, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     };
     fs::create_directory("empty");
-    write("locked", "old");
+    std::ofstream("locked") << "old";
     fs::permissions("locked", fs::perms::owner_read);
     for (const std::string to : {"fresh", "one.vrs", "locked", "empty", "sub", "missing/file"}) {
         const bool moves = to == "fresh" || to == "one.vrs";
         const std::string before = read(to);
-        write("part", "new");
+        std::ofstream("part") << "new";
         EXPECT_EQ(MoveFileExA("part", to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH), moves) << to;
         EXPECT_EQ(read(to), moves ? "new" : before) << to;
         EXPECT_EQ(DeleteFileA("part"), !moves) << to;

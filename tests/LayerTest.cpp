@@ -78,7 +78,7 @@ TEST_F(Layer, KnowsWhatIsToBePainted) {
         {"button at its place", place(button, 100, 20, 60, 30), "", ""},
         {"dialog hidden", show(dialog, SW_HIDE), "20,50 200x120", ""},
         {"dialog shown", show(dialog, SW_SHOW), "", "0,0 200x120"},
-        {"a part", spoil({10, 20, 30, 70}), "10,20 20x50", "0,0 10x20"},
+        {"a part of both", spoil({10, 60, 50, 80}), "10,60 10x20", "0,10 30x20"},
         {"more than all", spoil({300, 200, 500, 400}), "300,200 114x51", ""},
         {"frame hidden", show(frame, SW_HIDE), "", ""},
         {"invalid, but hidden", spoil({0, 0, 400, 300}), "", ""},
