@@ -1,7 +1,4 @@
 // The layer behind platform/Win32.h: messages, timers, what is to be painted, buttons, handles of what has gone.
-#include <QApplication>
-#include <QScreen>
-
 #include "LayerWindows.h"
 #include "User.h"
 
@@ -96,10 +93,8 @@ TEST_F(Layer, KnowsWhatIsToBePainted) {
 TEST_F(Layer, WhatIsDrawnShowsAndStaysUntilItsPartIsErased) {
     const HWND frame = openFrame();
     Rectangle(GetDC(frame), 0, 0, 100, 100);
-    settle();
-    const QImage shown = QApplication::primaryScreen()->grabWindow(widgetOf(frame)->winId()).toImage();
-    EXPECT_EQ(shown.pixelColor(70, 70), QColor(Qt::white));
-    EXPECT_EQ(shown.pixelColor(105, 70), QColor(128, 128, 128));
+    EXPECT_EQ(shown(frame).pixelColor(70, 70), QColor(Qt::white));
+    EXPECT_EQ(shown(frame).pixelColor(105, 70), QColor(128, 128, 128));
     const RECT part{10, 20, 30, 50};
     for (const BOOL erased : {FALSE, TRUE}) {
         InvalidateRect(frame, &part, erased);

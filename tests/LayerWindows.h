@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QApplication>
+#include <QScreen>
 #include <QWidget>
 #include <algorithm>
 #include <functional>
@@ -83,6 +85,11 @@ protected:
         UpdateWindow(frame);
         seen.clear();
         return dialog;
+    }
+    // What the screen shows of the window.
+    static QImage shown(HWND window) {
+        settle();
+        return QApplication::primaryScreen()->grabWindow(widgetOf(window)->winId()).toImage();
     }
     // Has the window painted now; the area that was to be painted, "" if there was none.
     static std::string painted(HWND window) {
