@@ -22,9 +22,10 @@ protected:
         dc = GetDC(window);
         CreateFonts();
     }
+    // Empty, and shown so.
     void clear() const {
         InvalidateRect(window, nullptr, TRUE);
-        UpdateWindow(window);
+        settle();
     }
     void usePen(int width) const {
         SelectObject(dc, CreatePen(PS_SOLID, width, Red));
