@@ -1,19 +1,9 @@
 // Combo boxes and modal dialogs of the layer, as their user works them.
-#include <QAbstractItemView>
-#include <QApplication>
-#include <QComboBox>
-#include <QTest>
-#include <QWheelEvent>
-#include <QWindow>
-#include <algorithm>
-#include <map>
+#include <QKeySequence>
 #include <sstream>
-#include <string>
-#include <vector>
 
 #include "LayerWindows.h"
 #include "User.h"
-#include "resources/Ids.h"
 
 namespace {
 
@@ -22,16 +12,39 @@ const std::map<WORD, std::string> Names = {{CBN_SELCHANGE, "SELCHANGE"},       {
                                            {CBN_SELENDCANCEL, "SELENDCANCEL"}, {CBN_SETFOCUS, "SETFOCUS"},
                                            {CBN_KILLFOCUS, "KILLFOCUS"}};
 
-HWND combo() {
-    return GetDlgItem(openDialogWindow(), IDC_PORTS);
+HWND control(int id) {
+    return GetDlgItem(openDialogWindow(), id);
 }
 
-LRESULT selection() {
-    return SendMessageA(combo(), CB_GETCURSEL, 0, 0);
+LRESULT askBox(UINT message, int number = 0, const char* text = nullptr) {
+    return SendMessageA(control(IDC_PORTS), message, static_cast<WPARAM>(number), reinterpret_cast<LPARAM>(text));
 }
 
-bool listOpen() {
-    return SendMessageA(combo(), CB_GETDROPPEDSTATE, 0, 0) != 0;
+// What a user or the program does: a key, or a name and, behind a colon, a number.
+void act(const std::string& word) {
+    static const std::map<std::string, void (*)(int)> acts = {
+        {"open", [](int) { clickOn(control(IDC_PORTS)); }},
+        {"type", [](int digit) { type(static_cast<char16_t>(u'0' + digit)); }},
+        {"click", clickEntry},
+        {"point", pointAt},
+        // In the dialog's window, where its box and its buttons do not reach.
+        {"click-beside",
+         [](int) {
+             clickAt(openDialogWindow(), {4, 4});
+         }},
+        {"close", [](int) { widgetOf(openDialogWindow())->close(); }},
+        {"wheel", [](int) { roll(control(IDC_PORTS), -1); }},
+        {"CB_SETCURSEL", [](int entry) { EXPECT_EQ(askBox(CB_SETCURSEL, entry), entry == 99 ? CB_ERR : entry); }},
+        {"CB_ADDSTRING", [](int) { askBox(CB_ADDSTRING, 0, "new"); }},
+        {"CB_RESETCONTENT", [](int) { askBox(CB_RESETCONTENT); }}};
+    const size_t end = word.find(':');
+    if (const auto known = acts.find(word.substr(0, end)); known != acts.end()) {
+        known->second(end == std::string::npos ? 0 : std::stoi(word.substr(end + 1)));
+    } else {
+        const QKeyCombination key = QKeySequence(QString::fromStdString(word))[0];
+        press(key.key(), key.keyboardModifiers());
+    }
+    settle();
 }
 
 }  // namespace
@@ -39,169 +52,115 @@ bool listOpen() {
 // A dialog with a combo box, a default button and a hidden button; its procedure only notes what it is told.
 class Controls : public Layer {
 protected:
-    static constexpr UINT OpenDialog = 0x0400;
-
-    void SetUp() override {
-        Layer::SetUp();
-        frame = openFrame();
-        handler = [this](HWND window, UINT message) {
-            if (window == frame && message == OpenDialog) {
+    // Does the steps in the dialog and ends it.
+    void inDialog(const std::function<void()>& steps) {
+        const HWND frame = openFrame();
+        INT_PTR result = 0;
+        handler = [&](HWND window, UINT message) {
+            if (window == frame && message == Mark) {
                 result = DialogBoxParamA(nullptr, MAKEINTRESOURCEA(IDD_PORT), frame, recordDialog, 5);
-                return true;
-            }
-            if (message == WM_COMMAND && LOWORD(seen.back().wParam) == IDC_PORTS) {
-                told += Names.at(HIWORD(seen.back().wParam)) + "(" + std::to_string(selection()) + ") ";
+            } else if (message == WM_COMMAND && LOWORD(seen.back().wParam) == IDC_PORTS) {
+                told += Names.at(HIWORD(seen.back().wParam)) + "(" + std::to_string(askBox(CB_GETCURSEL)) + ") ";
+            } else if (message == WM_COMMAND) {
+                commands += std::to_string(seen.back().wParam) + " ";
             }
             return false;
         };
-    }
-    // Runs the steps in the dialog, which must end it.
-    void inDialog(const std::vector<Step>& steps) {
-        PostMessageA(frame, OpenDialog, 0, 0);
-        run(steps);
-    }
-    // The commands that the dialog was told, but for those of its box.
-    static std::string commands() {
-        std::string all;
-        for (const Seen& message : seen) {
-            if (message.message == WM_COMMAND && LOWORD(message.wParam) != IDC_PORTS) {
-                all += std::to_string(message.wParam) + " ";
-            }
-        }
-        seen.clear();
-        return all;
+        PostMessageA(frame, Mark, 0, 0);
+        run({{"dialog", dialogShown, [&] {
+                  steps();
+                  EndDialog(openDialogWindow(), 77);
+              }}});
+        EXPECT_EQ(result, 77);
     }
 
-    HWND frame = nullptr;
-    INT_PTR result = 0;
-    std::string told;
+    // What the dialog was told of its box, and the commands of all else.
+    std::string told, commands;
 };
 
 TEST_F(Controls, AComboBoxTellsWhatItsUserDoes) {
-    // What a user or the program does to a box with the entries 0 to 15, of which 2 is selected.
-    const std::map<std::string, std::function<void()>> acts = {
-        {"open", [] { clickOn(combo()); }},
-        {"down", [] { press(Qt::Key_Down); }},
-        {"Enter", [] { press(Qt::Key_Return); }},
-        {"Escape", [] { press(Qt::Key_Escape); }},
-        {"space", [] { press(Qt::Key_Space); }},
-        {"F4", [] { press(Qt::Key_F4); }},
-        {"Alt+down", [] { press(Qt::Key_Down, Qt::AltModifier); }},
-        {"Alt+up", [] { press(Qt::Key_Up, Qt::AltModifier); }},
-        {"type7", [] { type(u'7'); }},
-        {"type1", [] { type(u'1'); }},
-        {"type5", [] { type(u'5'); }},
-        {"click2", [] { clickEntry(2); }},
-        {"click4", [] { clickEntry(4); }},
-        {"hover5", [] { pointAt(5); }},
-        // In the dialog's window, where its box and its buttons do not reach.
-        {"click-beside",
-         [] {
-             clickAt(openDialogWindow(), {4, 4});
-         }},
-        {"wheel", [] { roll(combo(), -1); }},
-        {"wheel-list", [] { roll(combo(), -1); }},
-        {"CB_SETCURSEL7", [] { SendMessageA(combo(), CB_SETCURSEL, 7, 0); }},
-        {"CB_SETCURSEL99", [] { EXPECT_EQ(SendMessageA(combo(), CB_SETCURSEL, 99, 0), CB_ERR); }},
-        {"CB_ADDSTRING", [] { SendMessageA(combo(), CB_ADDSTRING, 0, reinterpret_cast<LPARAM>("new")); }},
-        {"CB_RESETCONTENT", [] { SendMessageA(combo(), CB_RESETCONTENT, 0, 0); }},
-        {"CB_SHOWDROPDOWN", [] { SendMessageA(combo(), CB_SHOWDROPDOWN, listOpen() ? FALSE : TRUE, 0); }},
-    };
-    struct Row {
+    // On a box with the entries 0 to 15, of which 2 is selected.
+    const struct {
         const char *acts, *told;
         LRESULT selected;
-    };
-    const Row rows[] = {
-        {"type1 type5", "SELENDOK(10) SELCHANGE(10) SELENDOK(15) SELCHANGE(15) ", 15},
-        {"open click4", "DROPDOWN(2) SELENDOK(4) CLOSEUP(4) SELCHANGE(4) ", 4},
-        {"open click2", "DROPDOWN(2) SELENDOK(2) CLOSEUP(2) SELCHANGE(2) ", 2},
-        {"open Escape", "DROPDOWN(2) SELENDCANCEL(2) CLOSEUP(2) ", 2},
+    } rows[] = {
+        {"type:1 type:5", "SELENDOK(10) SELCHANGE(10) SELENDOK(15) SELCHANGE(15) ", 15},
+        {"open click:4", "DROPDOWN(2) SELENDOK(4) CLOSEUP(4) SELCHANGE(4) ", 4},
+        {"open click:2", "DROPDOWN(2) SELENDOK(2) CLOSEUP(2) SELCHANGE(2) ", 2},
         {"open click-beside", "DROPDOWN(2) SELENDCANCEL(2) CLOSEUP(2) ", 2},
-        {"open hover5 Enter", "DROPDOWN(2) SELENDOK(5) CLOSEUP(5) SELCHANGE(5) ", 5},
-        {"open Enter", "DROPDOWN(2) SELENDOK(2) CLOSEUP(2) ", 2},
-        {"open down down Escape", "DROPDOWN(2) SELCHANGE(3) SELCHANGE(4) SELENDCANCEL(4) CLOSEUP(4) ", 4},
-        {"open down down Enter", "DROPDOWN(2) SELCHANGE(3) SELCHANGE(4) SELENDOK(4) CLOSEUP(4) ", 4},
-        {"open down click2", "DROPDOWN(2) SELCHANGE(3) SELENDOK(2) CLOSEUP(2) SELCHANGE(2) ", 2},
-        {"open type7 Enter", "DROPDOWN(2) SELCHANGE(7) SELENDOK(7) CLOSEUP(7) ", 7},
-        {"open wheel-list Escape", "DROPDOWN(2) SELENDCANCEL(2) CLOSEUP(2) ", 2},
-        {"open down CB_SETCURSEL7 down Enter", "DROPDOWN(2) SELCHANGE(3) SELCHANGE(8) SELENDOK(8) CLOSEUP(8) ", 8},
-        {"F4 hover5 F4", "DROPDOWN(2) SELENDCANCEL(2) CLOSEUP(2) ", 2},
-        {"Alt+down down Alt+up", "DROPDOWN(2) SELCHANGE(3) SELENDCANCEL(3) CLOSEUP(3) ", 3},
-        {"CB_SHOWDROPDOWN CB_SHOWDROPDOWN", "DROPDOWN(2) SELENDCANCEL(2) CLOSEUP(2) ", 2},
-        {"down", "SELENDOK(3) SELCHANGE(3) ", 3},
-        {"type7", "SELENDOK(7) SELCHANGE(7) ", 7},
-        {"space", "", 2},
-        {"wheel", "", 2},
-        {"CB_SETCURSEL7", "", 7},
-        {"CB_ADDSTRING", "", 2},
+        {"open point:5 Return", "DROPDOWN(2) SELENDOK(5) CLOSEUP(5) SELCHANGE(5) ", 5},
+        {"open Return", "DROPDOWN(2) SELENDOK(2) CLOSEUP(2) ", 2},
+        {"open Down Down Esc", "DROPDOWN(2) SELCHANGE(3) SELCHANGE(4) SELENDCANCEL(4) CLOSEUP(4) ", 4},
+        {"open Down click:2", "DROPDOWN(2) SELCHANGE(3) SELENDOK(2) CLOSEUP(2) SELCHANGE(2) ", 2},
+        {"open type:7 Return", "DROPDOWN(2) SELCHANGE(7) SELENDOK(7) CLOSEUP(7) ", 7},
+        {"open wheel Esc", "DROPDOWN(2) SELENDCANCEL(2) CLOSEUP(2) ", 2},
+        {"open Down CB_SETCURSEL:7 Down Return", "DROPDOWN(2) SELCHANGE(3) SELCHANGE(8) SELENDOK(8) CLOSEUP(8) ", 8},
+        {"F4 point:5 F4", "DROPDOWN(2) SELENDCANCEL(2) CLOSEUP(2) ", 2},
+        {"Alt+Down Down Alt+Up", "DROPDOWN(2) SELCHANGE(3) SELENDCANCEL(3) CLOSEUP(3) ", 3},
+        {"Down", "SELENDOK(3) SELCHANGE(3) ", 3},
+        {"Space wheel CB_ADDSTRING", "", 2},
+        {"CB_SETCURSEL:7", "", 7},
         {"CB_RESETCONTENT", "", CB_ERR},
-        {"CB_SETCURSEL99", "", CB_ERR},
+        {"CB_SETCURSEL:99", "", CB_ERR},
     };
-    const auto tryAll = [&] {
-        for (const Row& row : rows) {
-            SendMessageA(combo(), CB_RESETCONTENT, 0, 0);
+    inDialog([&] {
+        for (const auto& row : rows) {
+            SCOPED_TRACE(row.acts);
+            askBox(CB_RESETCONTENT);
             for (int entry = 0; entry < 16; ++entry) {
-                SendMessageA(combo(), CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(std::to_string(entry).c_str()));
+                askBox(CB_ADDSTRING, 0, std::to_string(entry).c_str());
             }
-            EXPECT_EQ(selection(), CB_ERR) << "none until one is made";
-            EXPECT_EQ(SendMessageA(combo(), CB_SETCURSEL, 2, 0), 2);
-            SetFocus(combo());
-            settle();
+            EXPECT_EQ(askBox(CB_GETCURSEL), CB_ERR) << "none until one is made";
+            act("CB_SETCURSEL:2");
+            SetFocus(control(IDC_PORTS));
             told.clear();
-            seen.clear();
             std::istringstream words(row.acts);
-            for (std::string act; words >> act;) {
-                acts.at(act)();
-                settle();
+            for (std::string word; words >> word;) {
+                act(word);
             }
-            EXPECT_EQ(told, row.told) << row.acts;
-            EXPECT_EQ(selection(), row.selected) << row.acts;
-            EXPECT_FALSE(listOpen()) << row.acts;
-            EXPECT_EQ(commands(), "") << row.acts << ": a key of the list is not one of the dialog";
+            EXPECT_EQ(told, row.told);
+            EXPECT_EQ(askBox(CB_GETCURSEL), row.selected);
+            EXPECT_FALSE(askBox(CB_GETDROPPEDSTATE));
+            EXPECT_EQ(commands, "") << "a key of the list is not one of the dialog";
             // Only the first row types a word; letters of one row are not the beginning of the next row's.
             clock.pass(2 * Second);
         }
-        EndDialog(openDialogWindow(), 1);
-    };
-    inDialog({{"dialog", dialogShown, tryAll}});
+    });
 }
 
 TEST_F(Controls, ADialogTakesItsKeys) {
-    QImage asDefault;
-    const auto focused = [](int id) { return [=] { return GetFocus() == GetDlgItem(openDialogWindow(), id); }; };
-    const auto told = [](const char* command) {
-        return [=] { return std::ranges::count(seen, WM_COMMAND, &Seen::message) > 0 && commands() == command; };
+    const struct {
+        const char *what, *act, *commands;
+        int focus;
+    } rows[] = {
+        {"the default button", "Return", "1 ", IDC_PORTS},
+        {"cancel", "Esc", "2 ", IDC_PORTS},
+        {"to the default button", "Tab", "", IDC_CLOSE},
+        {"to the other button", "Tab", "", IDC_CANCEL},
+        {"the focused button", "Return", "2 ", IDC_CANCEL},
+        {"the focused button", "Space", "2 ", IDC_CANCEL},
+        {"round", "Tab", "", IDC_PORTS},
+        {"and back", "Shift+Tab", "", IDC_CANCEL},
+        {"the window's own button", "close", "2 ", IDC_CANCEL},
+        {"over the disabled default button", "Shift+Tab", "", IDC_PORTS},
+        {"which stays unpressed", "Return", "", IDC_PORTS},
     };
-    const auto close = [] { return widgetOf(GetDlgItem(openDialogWindow(), IDC_CLOSE)); };
-    const auto tab = [] { press(Qt::Key_Tab); };
-    const auto enter = [] { press(Qt::Key_Return); };
-    const auto escape = [] { press(Qt::Key_Escape); };
-    inDialog({{"dialog", dialogShown, [] { ShowWindow(GetDlgItem(openDialogWindow(), IDC_CANCEL), SW_SHOW); }},
-              {"the first tab stop", focused(IDC_PORTS),
-               [&] {
-                   asDefault = close()->grab().toImage();
-                   seen.clear();
-                   enter();
-               }},
-              {"Enter for the default button", told("1 "), escape},
-              {"Escape", told("2 "), tab},
-              {"default button", focused(IDC_CLOSE), tab},
-              {"other button", focused(IDC_CANCEL),
-               [&] {
-                   EXPECT_NE(close()->grab().toImage(), asDefault) << "no longer what Enter presses";
-                   enter();
-               }},
-              {"Enter for the focused button", told("2 "), [] { press(Qt::Key_Space); }},
-              {"space", told("2 "), tab},
-              {"round", focused(IDC_PORTS), [] { press(Qt::Key_Tab, Qt::ShiftModifier); }},
-              {"and back", focused(IDC_CANCEL), [] { widgetOf(openDialogWindow())->close(); }},
-              {"the window's own button", told("2 "),
-               [&] {
-                   EnableWindow(GetDlgItem(openDialogWindow(), IDC_CLOSE), FALSE);
-                   SetFocus(combo());
-                   enter();
-                   escape();
-               }},
-              {"a disabled default button stays unpressed", told("2 "), [] { EndDialog(openDialogWindow(), 77); }}});
-    EXPECT_EQ(result, 77);
+    inDialog([&] {
+        ShowWindow(control(IDC_CANCEL), SW_SHOW);
+        EXPECT_EQ(GetFocus(), control(IDC_PORTS)) << "the first tab stop";
+        const QImage asDefault = widgetOf(control(IDC_CLOSE))->grab().toImage();
+        for (const auto& row : rows) {
+            SCOPED_TRACE(row.what);
+            commands.clear();
+            act(row.act);
+            EXPECT_EQ(commands, row.commands);
+            EXPECT_EQ(GetFocus(), control(row.focus));
+            if (row.focus == IDC_CANCEL) {
+                EXPECT_NE(widgetOf(control(IDC_CLOSE))->grab().toImage(), asDefault) << "not what Enter presses";
+            }
+            if (row.act == std::string("close")) {
+                EnableWindow(control(IDC_CLOSE), FALSE);
+            }
+        }
+    });
 }

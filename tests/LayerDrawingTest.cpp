@@ -1,44 +1,16 @@
 // Shapes and text of the layer, by their pixels.
-#include <algorithm>
 #include <set>
-#include <string>
 #include <string_view>
-#include <vector>
+#include <tuple>
 
 #include "LayerWindows.h"
-#include "resources/Ids.h"
 #include "shell/AppState.h"
 #include "shell/SizeProfiles.h"
-
-using Colours = std::set<COLORREF>;
 
 namespace {
 
 constexpr RECT Field{0, 0, 200, 100};
-
-// Pixel rows and columns of a colour in Field, right and bottom excluded.
-RECT boundsOf(HWND window, COLORREF colour) {
-    RECT bounds{Field.right, Field.bottom, 0, 0};
-    const std::vector<COLORREF> pixels = snapshot(window, Field);
-    for (size_t at = 0; at < pixels.size(); ++at) {
-        if (pixels[at] == colour) {
-            const LONG x = static_cast<LONG>(at) % Field.right;
-            const LONG y = static_cast<LONG>(at) / Field.right;
-            bounds = {std::min(bounds.left, x), std::min(bounds.top, y), std::max(bounds.right, x + 1),
-                      std::max(bounds.bottom, y + 1)};
-        }
-    }
-    return bounds;
-}
-
-int columnOf(HWND window, int x, COLORREF colour) {
-    return countPixels(window, {x, 0, x + 1, Field.bottom}, [&](COLORREF pixel) { return pixel == colour; });
-}
-
-Colours coloursOf(HWND window) {
-    const std::vector<COLORREF> pixels = snapshot(window, Field);
-    return {pixels.begin(), pixels.end()};
-}
+constexpr RECT TextField{15, 15, 200, 60};
 
 }  // namespace
 
@@ -48,81 +20,85 @@ protected:
         Layer::SetUp();
         window = openFrame();
         dc = GetDC(window);
+        CreateFonts();
     }
-    void TearDown() override {
-        ReleaseDC(window, dc);
-        Layer::TearDown();
-    }
+    // Empty, and shown so.
     void clear() const {
         InvalidateRect(window, nullptr, TRUE);
-        UpdateWindow(window);
+        settle();
     }
-    void use(HGDIOBJ pen, HGDIOBJ brush) const {
-        SelectObject(dc, pen);
-        SelectObject(dc, brush);
+    void usePen(int width) const {
+        SelectObject(dc, CreatePen(PS_SOLID, width, Red));
+        SelectObject(dc, CreateSolidBrush(Cyan));
+    }
+    void write(std::string_view letters) const {
+        ExtTextOutA(dc, 20, 20, ETO_OPAQUE, nullptr, letters.data(), static_cast<UINT>(letters.size()), nullptr);
+    }
+    // The colours on the screen in Field, each with the pixel rows and columns that it takes.
+    std::map<COLORREF, RECT> colours() const {
+        std::map<COLORREF, RECT> found;
+        const QImage picture = shown(window);
+        for (int at = 0; at < Field.right * Field.bottom; ++at) {
+            const LONG x = at % Field.right;
+            const LONG y = at / Field.right;
+            const QRgb pixel = picture.pixel(static_cast<int>(x), static_cast<int>(y));
+            const COLORREF colour = RGB(qRed(pixel), qGreen(pixel), qBlue(pixel));
+            RECT& bounds = found.try_emplace(colour, Field.right, Field.bottom, 0, 0).first->second;
+            bounds = {std::min(bounds.left, x), std::min(bounds.top, y), std::max(bounds.right, x + 1),
+                      std::max(bounds.bottom, y + 1)};
+        }
+        return found;
+    }
+    int redIn(const RECT& area) const {
+        return countPixels(window, area, [](COLORREF pixel) { return pixel == Red; });
+    }
+    // The large and the small one.
+    static std::pair<HFONT, HFONT> fontsOf(const char* language, int profile) {
+        std::copy_n(language, 4, LangCode.data());
+        SetSizeProfile(profile);
+        ChooseFonts();
+        return {LargeFont, SmallFont};
     }
     // The picture of a text alone, its cells and a margin.
     std::vector<COLORREF> textPicture(HFONT font, std::string_view letters) const {
         clear();
         SelectObject(dc, font);
-        ExtTextOutA(dc, 20, 20, ETO_OPAQUE, nullptr, letters.data(), static_cast<UINT>(letters.size()), nullptr);
-        return snapshot(window, {15, 15, 200, 60});
-    }
-    SIZE extentOf(HFONT font, std::string_view letters) const {
-        SIZE size{};
-        SelectObject(dc, font);
-        GetTextExtentPoint32A(dc, letters.data(), static_cast<int>(letters.size()), &size);
-        return size;
+        write(letters);
+        return snapshot(window, TextField);
     }
 
     HWND window = nullptr;
     HDC dc = nullptr;
 };
 
-TEST_F(LayerDrawing, AFreshContextDrawsBlackOnWhite) {
-    Rectangle(dc, 10, 10, 20, 20);
-    EXPECT_EQ(pixelOf(window, 10, 10), Black);
-    EXPECT_EQ(pixelOf(window, 15, 15), White);
-    clear();
-    ExtTextOutA(dc, 10, 10, ETO_OPAQUE, nullptr, "\x48", 1, nullptr);
-    EXPECT_EQ(pixelOf(window, 10, 10), White);
-    EXPECT_GT(countPixels(window, Field, darkish), 0);
-    EXPECT_EQ(SetTextColor(dc, Red), Black);
-    EXPECT_EQ(SetBkColor(dc, Cyan), White);
-    EXPECT_EQ(SetTextColor(dc, Black), Red);
-}
-
 TEST_F(LayerDrawing, ShapesStayInTheirBoxAndAreNotSmoothed) {
-    using Draw = void (*)(HDC, int, int, int, int);
-    struct Row {
-        const char* what;
-        Draw draw;
-        bool round;
-    };
-    const Row rows[] = {
-        {"Rectangle", [](HDC to, int l, int t, int r, int b) { Rectangle(to, l, t, r, b); }, false},
-        {"RoundRect", [](HDC to, int l, int t, int r, int b) { RoundRect(to, l, t, r, b, 20, 20); }, true},
-        {"Ellipse", [](HDC to, int l, int t, int r, int b) { Ellipse(to, l, t, r, b); }, true},
-    };
-    use(CreatePen(PS_SOLID, 1, Red), CreateSolidBrush(Cyan));
-    const RECT boxes[][2] = {{{10, 10, 90, 50}, {10, 10, 90, 50}},
-                             {{21, 33, 64, 76}, {21, 33, 64, 76}},
+    Rectangle(dc, 10, 10, 20, 20);
+    EXPECT_TRUE(pixelOf(window, 10, 10) == Black && pixelOf(window, 15, 15) == White) << "of a fresh context";
+    using Draw = BOOL (*)(HDC, int, int, int, int);
+    const std::tuple<const char*, Draw, COLORREF> shapes[] = {
+        {"Rectangle", Rectangle, Red},
+        {"Ellipse", Ellipse, Grey},
+        {"RoundRect", [](HDC to, int l, int t, int r, int b) { return RoundRect(to, l, t, r, b, 20, 20); }, Grey}};
+    const RECT boxes[][2] = {{{21, 33, 64, 76}, {21, 33, 64, 76}},
                              {{90, 50, 10, 10}, {10, 10, 90, 50}},
                              {{-20, 40, 60, 90}, {0, 40, 60, 90}}};
-    for (const Row& row : rows) {
+    usePen(1);
+    for (const auto& [name, draw, corner] : shapes) {
         for (const auto& [given, filled] : boxes) {
             clear();
-            row.draw(dc, given.left, given.top, given.right, given.bottom);
-            const std::string what = std::string(row.what) + " " + text(given);
-            EXPECT_EQ(text(boundsOf(window, Red)), text(filled)) << what;
-            EXPECT_EQ(coloursOf(window), (Colours{Grey, Red, Cyan})) << what;
-            EXPECT_EQ(pixelOf(window, filled.right - 1, filled.bottom - 1), row.round ? Grey : Red) << what;
-            EXPECT_EQ(pixelOf(window, (filled.left + filled.right) / 2, (filled.top + filled.bottom) / 2), Cyan);
+            draw(dc, given.left, given.top, given.right, given.bottom);
+            const std::string what = name + (" " + text(given));
+            const LONG middle = (filled.top + filled.bottom) / 2;
+            EXPECT_EQ(text(colours()[Red]), text(filled)) << what;
+            EXPECT_EQ(colours().size(), 3u) << what << " is smoothed";
+            EXPECT_EQ(pixelOf(window, filled.right - 1, filled.bottom - 1), corner) << what;
+            EXPECT_EQ(pixelOf(window, filled.right - 1, middle), Red) << what;
+            EXPECT_EQ(pixelOf(window, filled.right - 2, middle), Cyan) << what;
         }
         clear();
-        row.draw(dc, 30, 10, 30, 50);
-        row.draw(dc, 30, 10, 50, 10);
-        EXPECT_EQ(coloursOf(window), Colours{Grey}) << row.what << " without width or height";
+        draw(dc, 30, 10, 30, 50);
+        draw(dc, 30, 10, 50, 10);
+        EXPECT_EQ(colours().size(), 1u) << name << " without width or height";
     }
 }
 
@@ -130,133 +106,103 @@ TEST_F(LayerDrawing, OnlyAThinLineLeavesOutItsLastPoint) {
     struct Row {
         int pen;
         POINT from, to;
-        RECT drawn;
+        const char* drawn;
+        int pixels;
     };
-    for (const Row& row : {Row{1, {10, 50}, {20, 50}, {10, 50, 20, 51}}, Row{1, {20, 50}, {10, 50}, {11, 50, 21, 51}},
-                           Row{1, {10, 50}, {10, 70}, {10, 50, 11, 70}}, Row{1, {10, 70}, {10, 50}, {10, 51, 11, 71}},
-                           Row{1, {10, 50}, {20, 60}, {10, 50, 20, 60}}, Row{1, {30, 30}, {10, 34}, {11, 30, 31, 35}},
-                           Row{2, {10, 50}, {20, 50}, {9, 49, 21, 51}}, Row{2, {10, 70}, {10, 50}, {9, 49, 11, 71}},
-                           Row{2, {30, 30}, {10, 34}, {9, 29, 31, 35}}, Row{2, {10, 50}, {11, 90}, {9, 49, 12, 91}},
-                           Row{2, {10, 50}, {10, 50}, {9, 49, 11, 51}}}) {
-        use(CreatePen(PS_SOLID, row.pen, Red), CreateSolidBrush(Cyan));
+    for (const Row& row : {Row{1, {20, 50}, {10, 50}, "11,50 10x1", 10}, Row{1, {10, 50}, {10, 70}, "10,50 1x20", 20},
+                           Row{1, {10, 50}, {20, 60}, "10,50 10x10", 10}, Row{1, {30, 30}, {10, 34}, "11,30 20x5", 20},
+                           Row{2, {10, 50}, {20, 50}, "9,49 12x2", 24}, Row{2, {10, 70}, {10, 50}, "9,49 2x22", 44},
+                           Row{2, {30, 30}, {10, 34}, "9,29 22x6", 48}, Row{2, {10, 50}, {11, 90}, "9,49 3x42", 85},
+                           Row{2, {10, 50}, {10, 50}, "9,49 2x2", 4}}) {
+        usePen(row.pen);
         clear();
         MoveToEx(dc, row.from.x, row.from.y, nullptr);
         LineTo(dc, row.to.x, row.to.y);
-        EXPECT_EQ(text(boundsOf(window, Red)), text(row.drawn)) << "to " << row.to.x << "," << row.to.y;
-        EXPECT_EQ(coloursOf(window), (Colours{Grey, Red}));
-        for (int x = row.drawn.left; x < row.drawn.right; ++x) {
-            EXPECT_GE(columnOf(window, x, Red), row.pen) << "a gap at " << x;
-        }
-        POINT end{};
-        MoveToEx(dc, 0, 0, &end);
-        EXPECT_EQ(end.x, row.to.x);
-        EXPECT_EQ(end.y, row.to.y);
-        clear();
-        const POINT points[] = {row.from, row.to};
-        EXPECT_TRUE(Polyline(dc, points, 2));
-        EXPECT_EQ(text(boundsOf(window, Red)), text(row.drawn)) << "polyline";
+        EXPECT_EQ(text(colours()[Red]), row.drawn) << row.pen << " wide";
+        EXPECT_EQ(redIn(Field), row.pixels) << row.drawn << " has gaps or more than its line";
+        EXPECT_EQ(colours().size(), 2u) << row.drawn << " is smoothed";
     }
-    use(CreatePen(PS_SOLID, 1, Red), CreateSolidBrush(Cyan));
+    // Each with the last point of the one before it.
+    usePen(1);
     clear();
     const POINT corner[] = {{10, 10}, {20, 10}, {20, 20}};
     Polyline(dc, corner, 3);
-    EXPECT_EQ(countPixels(window, Field, [](COLORREF colour) { return colour == Red; }), 20);
-}
+    MoveToEx(dc, 50, 10, nullptr);
+    LineTo(dc, 60, 10);
+    LineTo(dc, 60, 20);
+    EXPECT_TRUE(redIn({10, 10, 21, 21}) == 20 && redIn({50, 10, 61, 21}) == 20);
 
-TEST_F(LayerDrawing, AWideLineHasRoundEnds) {
-    use(CreatePen(PS_SOLID, 9, Red), CreateSolidBrush(Cyan));
-    const POINT points[] = {{50, 50}, {150, 50}};
-    Polyline(dc, points, 2);
-    EXPECT_EQ(coloursOf(window), (Colours{Grey, Red}));
-    EXPECT_EQ(columnOf(window, 100, Red), 9);
-    const RECT bounds = boundsOf(window, Red);
-    EXPECT_TRUE(bounds.left >= 45 && bounds.left <= 47 && bounds.right >= 154 && bounds.right <= 156) << text(bounds);
-    EXPECT_TRUE(columnOf(window, bounds.left, Red) < 7 && columnOf(window, bounds.right - 1, Red) < 7);
+    usePen(9);
+    clear();
+    const POINT wide[] = {{50, 50}, {150, 50}};
+    Polyline(dc, wide, 2);
+    EXPECT_EQ(colours().size(), 2u);
+    EXPECT_EQ(redIn({100, 0, 101, 100}), 9);
+    EXPECT_TRUE(redIn({0, 0, 45, 100}) == 0 && redIn({156, 0, 200, 100}) == 0);
+    for (const int end : {47, 153}) {
+        const int height = redIn({end, 0, end + 1, 100});
+        EXPECT_TRUE(height > 0 && height < 9) << "the end at " << end << " is not round";
+    }
 }
 
 TEST_F(LayerDrawing, TextFillsItsCellsOrTheGivenRectangle) {
-    SetBkColor(dc, Yellow);
+    EXPECT_EQ(SetBkColor(dc, Yellow), White);
     SIZE cell{};
     GetTextExtentPoint32A(dc, "Wi", 2, &cell);
     ExtTextOutA(dc, 30, 40, ETO_OPAQUE, nullptr, "Wild", 2, nullptr);
-    EXPECT_EQ(text(boundsOf(window, Yellow)), text({30, 40, 30 + cell.cx, 40 + cell.cy})) << "two letters of four";
+    EXPECT_EQ(text(colours()[Yellow]), text({30, 40, 30 + cell.cx, 40 + cell.cy})) << "two letters of four";
     clear();
     const RECT area{25, 35, 200, 90};
     ExtTextOutA(dc, 30, 40, ETO_OPAQUE, &area, "Wi", 2, nullptr);
-    EXPECT_EQ(text(boundsOf(window, Yellow)), text(area));
-    EXPECT_EQ(columnOf(window, 199, Yellow), 55);
+    EXPECT_EQ(text(colours()[Yellow]), text(area));
+    EXPECT_EQ(pixelOf(window, 199, 89), Yellow);
     EXPECT_GT(countPixels(window, area, darkish), 0);
 }
 
-TEST_F(LayerDrawing, ANumberLeavesNothingOfTheOneItReplaces) {
-    CreateFonts();
-    for (int profile = 1; profile <= 5; ++profile) {
-        SetSizeProfile(profile);
-        ChooseFonts();
-        const auto fresh = textPicture(LargeFont, "1111");
-        for (char digit = '0'; digit <= '9'; ++digit) {
-            textPicture(LargeFont, std::string(4, digit));
-            ExtTextOutA(dc, 20, 20, ETO_OPAQUE, nullptr, "1111", 4, nullptr);
-            EXPECT_TRUE(snapshot(window, {15, 15, 200, 60}) == fresh) << digit << ", size " << profile;
-        }
-    }
-}
-
-TEST_F(LayerDrawing, EachProfileHasItsFontsInBothCharacterSets) {
+TEST_F(LayerDrawing, EachProfileHasItsFontsAndANumberLeavesNothingOfTheOneItReplaces) {
     constexpr std::string_view Letters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
     constexpr SIZE Large[] = {{11, 28}, {14, 36}, {18, 49}, {23, 62}, {23, 65}};
     constexpr SIZE Small[] = {{6, 14}, {8, 18}, {8, 18}, {12, 24}, {12, 24}};
-    CreateFonts();
     std::set<HFONT> fonts;
+    // The letters are a quarter wider than the average character that is asked for, alike in all sizes.
+    const auto expectCells = [&](HFONT font, const SIZE& asked, double tolerance) {
+        SIZE cells{};
+        SelectObject(dc, font);
+        GetTextExtentPoint32A(dc, Letters.data(), 52, &cells);
+        EXPECT_EQ(cells.cy, asked.cy);
+        EXPECT_NEAR(static_cast<double>(cells.cx) / 52 / static_cast<double>(asked.cx), 1.25, tolerance) << asked.cy;
+        fonts.insert(font);
+    };
     for (const char* code : {"pol", "rus"}) {
-        std::copy_n(code, 4, LangCode.data());
-        // Widths follow the asked average, alike in all sizes; a letter wider or narrower than it is the face's affair.
-        const auto expectCells = [&](HFONT font, const SIZE& asked, double& ratio, double tolerance) {
-            const SIZE cells = extentOf(font, Letters);
-            EXPECT_EQ(cells.cy, asked.cy);
-            const double now = static_cast<double>(cells.cx) / 52 / static_cast<double>(asked.cx);
-            ratio = ratio == 0 ? now : ratio;
-            EXPECT_NEAR(now / ratio, 1, tolerance) << asked.cy;
-            fonts.insert(font);
-        };
-        double largeRatio = 0;
-        double smallRatio = 0;
         for (int profile = 1; profile <= 5; ++profile) {
-            SetSizeProfile(profile);
-            ChooseFonts();
-            expectCells(LargeFont, Large[profile - 1], largeRatio, 0.06);
-            expectCells(SmallFont, Small[profile - 1], smallRatio, 0.1);
+            const auto [large, small] = fontsOf(code, profile);
+            expectCells(large, Large[profile - 1], 0.06);
+            expectCells(small, Small[profile - 1], 0.1);
+            const auto fresh = textPicture(large, "1111");
+            for (char digit = '0'; digit <= '9'; ++digit) {
+                textPicture(large, std::string(4, digit));
+                write("1111");
+                EXPECT_TRUE(snapshot(window, TextField) == fresh) << digit << ", size " << profile;
+            }
         }
     }
     EXPECT_EQ(fonts.size(), 20u);
-    LangCode = {};
 }
 
 TEST_F(LayerDrawing, BytesAreTheLettersOfTheFontsCodePage) {
-    LOGFONTA description{};
-    description.lfHeight = 24;
-    description.lfCharSet = EASTEUROPE_CHARSET;
-    const HFONT latin = CreateFontIndirectA(&description);
-    description.lfCharSet = RUSSIAN_CHARSET;
-    const HFONT cyrillic = CreateFontIndirectA(&description);
-    EXPECT_TRUE(textPicture(latin, "AHX 09") == textPicture(cyrillic, "AHX 09"));
-    // Cyrillic letters that look like Latin ones.
-    EXPECT_TRUE(textPicture(cyrillic, "\xC0\xC2\xC5\xCC\xCD\xCE\xD0\xD1\xD2\xD5") == textPicture(latin, "ABEMHOPCTX"));
-    EXPECT_TRUE(textPicture(latin, "\xB0") == textPicture(cyrillic, "\xB0")) << "the degree sign is in both";
+    const HFONT latin = fontsOf("pol", 2).first;
+    const HFONT cyrillic = fontsOf("rus", 2).first;
+    // Cyrillic letters that look like Latin ones, and what is in both.
+    EXPECT_TRUE(textPicture(cyrillic, "\xC0\xC2\xC5\xCC\xCD\xCE\xD0\xD1\xD2\xD5 AH 09\xB0") ==
+                textPicture(latin, "ABEMHOPCTX AH 09\xB0"));
     // Every letter of the languages has a picture of its own, and none that of a missing one.
-    const struct {
-        HFONT font;
-        std::string_view letters;
-    } alphabets[] = {
-        {latin,
-         "\xB9\xE6\xEA\xB3\xF1\xF3\x9C\x9F\xBF\xA5\xC6\xCA\xA3\xD1\xD3\x8C\x8F\xAF"    // Polish
-         "\xE1\xE8\xEF\xE9\xEC\xED\xF2\xF8\x9A\x9D\xFA\xF9\xFD\x9E\xC8\xD8\x8A\x8E"},  // Czech
-        {cyrillic,
-         "\xE0\xE1\xE2\xE3\xE4\xE5\xE6\xE7\xE8\xE9\xEA\xEB\xEC\xED\xEE\xEF\xF0\xF1\xF2\xF3\xF4\xF5\xF6"
-         "\xF7\xF8\xF9\xFA\xFB\xFC\xFD\xFE\xFF"},
-    };
-    for (const auto& [font, letters] : alphabets) {
-        std::set<std::vector<COLORREF>> pictures{textPicture(font, std::string_view("\x01", 1))};
+    for (const auto& [font, letters] :
+         {std::pair(latin,
+                    std::string_view("\xB9\xE6\xEA\xB3\xF1\xF3\x9C\x9F\xBF\xA5\xC6\xCA\xA3\xD1\xD3\x8C\x8F\xAF"
+                                     "\xE1\xE8\xEF\xE9\xEC\xED\xF2\xF8\x9A\x9D\xFA\xF9\xFD\x9E\xC8\xD8\x8A\x8E")),
+          std::pair(cyrillic, std::string_view("\xE0\xE1\xE2\xE3\xE4\xE5\xE6\xE7\xE8\xE9\xEA\xEB\xEC\xED\xEE\xEF"
+                                               "\xF0\xF1\xF2\xF3\xF4\xF5\xF6\xF7\xF8\xF9\xFA\xFB\xFC\xFD\xFE\xFF"))}) {
+        std::set<std::vector<COLORREF>> pictures{textPicture(font, "\x01")};
         for (size_t at = 0; at < letters.size(); ++at) {
             EXPECT_TRUE(pictures.insert(textPicture(font, letters.substr(at, 1))).second)
                 << "byte " << static_cast<unsigned>(static_cast<BYTE>(letters[at]));

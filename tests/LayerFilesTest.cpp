@@ -1,12 +1,10 @@
 // Plain files, file dialogs and message boxes of the layer.
 #include <QAbstractItemView>
-#include <QApplication>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTest>
 #include <fstream>
-#include <map>
 #include <sstream>
 
 #include "LayerWindows.h"
@@ -16,13 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr UINT Mark = 0x0400;
-constexpr DWORD InOneStep = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
 using Asker = BOOL (*)(OPENFILENAMEA*);
-
-void write(const fs::path& path, const char* content) {
-    std::ofstream(path) << content;
-}
 
 std::string read(const fs::path& path) {
     std::ostringstream content;
@@ -34,19 +26,14 @@ QWidget& modal() {
     return *layer::foreignDialog();
 }
 
-bool modalShown() {
-    return layer::foreignDialog() && modal().isActiveWindow();
-}
-
 bool timersGoOn() {
-    return modalShown() && count(WM_TIMER) >= 2;
+    return layer::foreignDialog() && modal().isActiveWindow() && count(WM_TIMER) >= 2;
 }
 
 // Letters as they are; line feed and \x1B are keys of their own.
 void typeAll(const std::string& keys) {
-    const std::map<char, Qt::Key> named{{'\n', Qt::Key_Return}, {'\x1B', Qt::Key_Escape}};
     for (const char key : keys) {
-        named.contains(key) ? press(named.at(key)) : type(static_cast<char16_t>(key));
+        key == '\n' ? press(Qt::Key_Return) : key == '\x1B' ? press(Qt::Key_Escape) : type(static_cast<char16_t>(key));
     }
 }
 
@@ -54,38 +41,26 @@ class LayerFiles : public Layer {
 protected:
     void SetUp() override {
         Layer::SetUp();
-        std::string name = "/tmp/tarvex-files-XXXXXX";
-        folder = mkdtemp(name.data());
-        fs::create_directory(folder / "sub");
+        fs::create_directory("sub");
         for (const char* file : {"one.vrs", "other.txt", "sub/three.vrs"}) {
-            write(folder / file, file);
+            std::ofstream(file) << file;
         }
-        fs::current_path(folder);
         frame = openFrame();
     }
-    void TearDown() override {
-        fs::current_path("/");
-        fs::remove_all(folder);
-        Layer::TearDown();
-    }
 
-    // Opens what waits for an answer from within a message of a frame with a timer, and does the steps.
-    void during(const std::function<void()>& open, const std::vector<Step>& steps) {
+    // Opens what waits for an answer, with a timer behind it, and answers it.
+    void during(const std::function<void()>& open, const std::function<void()>& answer) {
         SetTimer(frame, 1, 10, nullptr);
         seen.clear();
-        handler = [&](HWND, UINT message) {
-            if (message == Mark) {
-                open();
-            }
-            return message == Mark;
-        };
-        PostMessageA(frame, Mark, 0, 0);
-        run(steps);
+        run({{"opening", always, open}, {"timers behind it", timersGoOn, [&] {
+                                             EXPECT_FALSE(IsWindowEnabled(frame));
+                                             answer();
+                                         }}});
         EXPECT_TRUE(IsWindowEnabled(frame));
     }
 
     // What the dialog gave relative to the folder, "" if it gave nothing.
-    std::string choose(Asker ask, const std::string& start, const std::vector<Step>& steps, DWORD room = 260) {
+    std::string choose(Asker ask, const std::string& start, const std::function<void()>& answer, DWORD room = 260) {
         std::array<char, 260> path{};
         start.copy(path.data(), path.size() - 1);
         OPENFILENAMEA dialog{};
@@ -98,51 +73,41 @@ protected:
         dialog.Flags = OFN_EXPLORER;
         dialog.hwndOwner = frame;
         BOOL result = 7;
-        during([&] { result = ask(&dialog); }, steps);
+        during([&] { result = ask(&dialog); }, answer);
         EXPECT_TRUE(result == TRUE || path.data() == start) << path.data();
         return result == TRUE ? fs::path(path.data()).lexically_relative(folder).string() : "";
     }
 
-    fs::path folder;
+    const ProgramFolder place;
+    const fs::path& folder = place.path;
     HWND frame = nullptr;
 };
 
 }  // namespace
 
 TEST_F(LayerFiles, AFileIsReplacedInOneStepOrLeftAlone) {
-    fs::create_directory(folder / "empty");
-    write(folder / "locked", "old");
-    fs::permissions(folder / "locked", fs::perms::owner_read);
-    for (const auto& [to, moves] : {std::pair{"one.vrs", true},
-                                    {"fresh", true},
-                                    {"locked", false},
-                                    {"empty", false},
-                                    {"sub", false},
-                                    {"missing/file", false}}) {
-        write(folder / "part", "new");
-        const std::string before = read(folder / to);
-        EXPECT_EQ(MoveFileExA("part", (folder / to).c_str(), InOneStep), moves) << to;
-        EXPECT_EQ(read(folder / to), moves ? "new" : before) << to;
-        EXPECT_EQ(DeleteFileA("part"), !moves) << to;
-    }
-    EXPECT_FALSE(MoveFileExA("part", "one.vrs", InOneStep));
-    EXPECT_FALSE(DeleteFileA("locked") || DeleteFileA("sub") || DeleteFileA("missing"));
-    EXPECT_EQ(read(folder / "locked"), "old");
-
-    const auto open = [](const char* name, DWORD access) {
-        return CreateFileA(name, access, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    const auto open = [](const std::string& name, DWORD access) {
+        return CreateFileA(name.c_str(), access, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     };
-    for (const char* name : {"locked", "sub", "missing", "", "COM129:"}) {
-        EXPECT_EQ(open(name, GENERIC_WRITE), INVALID_HANDLE_VALUE) << name;
+    fs::create_directory("empty");
+    std::ofstream("locked") << "old";
+    fs::permissions("locked", fs::perms::owner_read);
+    for (const std::string to : {"fresh", "one.vrs", "locked", "empty", "sub", "missing/file"}) {
+        const bool moves = to == "fresh" || to == "one.vrs";
+        const std::string before = read(to);
+        std::ofstream("part") << "new";
+        EXPECT_EQ(MoveFileExA("part", to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH), moves) << to;
+        EXPECT_EQ(read(to), moves ? "new" : before) << to;
+        EXPECT_EQ(DeleteFileA("part"), !moves) << to;
+        const HANDLE file = open(to, GENERIC_WRITE);
+        EXPECT_EQ(file != INVALID_HANDLE_VALUE, moves) << to;
+        EXPECT_TRUE(moves ? FlushFileBuffers(file) && CloseHandle(file) : !DeleteFileA(to.c_str())) << to;
+        EXPECT_FALSE(FlushFileBuffers(file) || CloseHandle(file)) << to << " is closed";
+        EXPECT_EQ(read(to), moves ? "new" : before) << to;
     }
+    EXPECT_TRUE(fs::exists("empty") && read("locked") == "old");
     const HANDLE readable = open("locked", GENERIC_READ);
-    const HANDLE file = open("one.vrs", GENERIC_WRITE);
-    EXPECT_TRUE(readable != INVALID_HANDLE_VALUE && file != INVALID_HANDLE_VALUE && readable != file);
-    EXPECT_TRUE(FlushFileBuffers(file));
-    EXPECT_FALSE(FlushFileBuffers(readable));
-    EXPECT_TRUE(CloseHandle(file) && CloseHandle(readable));
-    EXPECT_FALSE(FlushFileBuffers(file) || CloseHandle(file));
-    EXPECT_EQ(read(folder / "one.vrs"), "new");
+    EXPECT_TRUE(!FlushFileBuffers(readable) && CloseHandle(readable)) << "opened for reading only";
 }
 
 TEST_F(LayerFiles, DialogsTakeNamesFromTheKeyboard) {
@@ -153,7 +118,17 @@ TEST_F(LayerFiles, DialogsTakeNamesFromTheKeyboard) {
         DWORD room = 260;
     };
     const std::string inside = folder.string() + "/";
-    const std::vector<Row> rows{
+    const auto expectChosen = [&](const Row& row) {
+        const auto answer = [&] {
+            EXPECT_EQ(modal().windowTitle(), QStringLiteral("\u0141"));
+            EXPECT_EQ(modal().findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->text().toStdString(), row.shown)
+                << row.what;
+            typeAll(row.keys);
+        };
+        EXPECT_EQ(choose(row.ask, row.start, answer, row.room), row.chosen) << row.what;
+        EXPECT_TRUE(fs::equivalent(".", folder / row.directoryAfter)) << row.what;
+    };
+    const Row rows[] = {
         {"extension added on opening", GetOpenFileNameA, "", "", "one\n", "one.vrs", "."},
         {"a name of its own, not there yet", GetSaveFileNameA, "", "", "new.txt\n", "new.txt", "."},
         {"any name opens", GetOpenFileNameA, "", "", "ghost\n", "ghost.vrs", "."},
@@ -166,90 +141,60 @@ TEST_F(LayerFiles, DialogsTakeNamesFromTheKeyboard) {
         {"whole path", GetOpenFileNameA, "", "", inside + "sub/x.y\n", "sub/x.y", "sub"},
         {"no room for it", GetOpenFileNameA, "", "", inside + "one\n", "", "sub", 20},
     };
-    for (const Row& row : rows) {
-        const std::vector<Step> steps{
-            {row.what, timersGoOn, [&] {
-                 EXPECT_EQ(modal().windowTitle(), QStringLiteral("\u0141"));
-                 EXPECT_EQ(modal().findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->text().toStdString(),
-                           row.shown)
-                     << row.what;
-                 EXPECT_FALSE(IsWindowEnabled(frame));
-                 typeAll(row.keys);
-             }}};
-        EXPECT_EQ(choose(row.ask, row.start, steps, row.room), row.chosen) << row.what;
-        EXPECT_TRUE(fs::equivalent(".", folder / row.directoryAfter)) << row.what;
-    }
-
-    // The last choice counts more than the current directory, but may be gone.
-    const std::vector<Step> typeIt{{"five", modalShown, [] { typeAll("five\n"); }}};
+    std::ranges::for_each(rows, expectChosen);
     fs::current_path(folder);
-    EXPECT_EQ(choose(GetOpenFileNameA, "", typeIt), "sub/five.vrs");
+    expectChosen({"not in the current directory", GetOpenFileNameA, "", "", "five\n", "sub/five.vrs", "sub"});
     fs::remove_all(folder / "sub");
     fs::current_path(folder);
-    EXPECT_EQ(choose(GetSaveFileNameA, "", typeIt), "five.vrs");
+    expectChosen({"that of the last choice has gone", GetSaveFileNameA, "", "", "five\n", "five.vrs", "."});
 }
 
 TEST_F(LayerFiles, DialogsShowTheFilesOfTheirKindAndTakeTheMouse) {
-    const auto list = [] { return modal().findChild<QAbstractItemView*>(QStringLiteral("listView")); };
-    const auto entry = [=](const char* name) {
-        const QAbstractItemModel& model = *list()->model();
-        return list()->visualRect(
-            model.match(model.index(0, 0, list()->rootIndex()), Qt::DisplayRole, QString::fromLatin1(name)).value(0));
-    };
     const auto push = [](int position) {
         QTest::mouseClick(modal().findChildren<QPushButton*>().at(position), Qt::LeftButton);
     };
     const auto chooseFile = [&] {
-        EXPECT_TRUE(entry("other.txt").isEmpty()) << "filtered";
-        QTest::mouseClick(list()->viewport(), Qt::LeftButton, {}, entry("one.vrs").center());
+        auto* list = modal().findChild<QAbstractItemView*>(QStringLiteral("listView"));
+        const auto place = [=](const char* name) {
+            const QAbstractItemModel& model = *list->model();
+            const QModelIndex first = model.index(0, 0, list->rootIndex());
+            return list->visualRect(model.match(first, Qt::DisplayRole, QLatin1String(name)).value(0));
+        };
+        EXPECT_TRUE(pumpUntil([=] { return !place("one.vrs").isEmpty(); }));
+        EXPECT_TRUE(place("other.txt").isEmpty()) << "filtered";
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, place("one.vrs").center());
         push(0);
     };
-    const auto listed = [&] { return modalShown() && !entry("one.vrs").isEmpty(); };
-    EXPECT_EQ(choose(GetOpenFileNameA, "", {{"file", listed, chooseFile}}), "one.vrs");
-    EXPECT_EQ(choose(GetSaveFileNameA, "one.vrs", {{"turned back", modalShown, [&] { push(1); }}}), "");
+    EXPECT_EQ(choose(GetOpenFileNameA, "", chooseFile), "one.vrs");
+    EXPECT_EQ(choose(GetSaveFileNameA, "one.vrs", [&] { push(1); }), "") << "turned back";
 }
 
 TEST_F(LayerFiles, MessageBoxesGiveTheAnswer) {
     using Box = QMessageBox;
-    struct Row {
+    const struct {
         UINT type;
-        Box::Icon icon;
         int answer;
-        std::string keys;  // Y and N for the letters of the two buttons; none: a click on the button
-    };
-    const std::vector<Row> rows{
-        {MB_OK | MB_ICONINFORMATION, Box::Information, IDOK, "\n"},
-        {MB_OK | MB_ICONEXCLAMATION, Box::Warning, IDOK, "\x1B"},
-        {MB_OK | MB_ICONHAND, Box::Critical, IDOK, ""},
-        {MB_YESNO, Box::NoIcon, IDYES, "\n"},
-        {MB_YESNO | MB_ICONEXCLAMATION, Box::Warning, IDYES, "Y"},
-        {MB_YESNO | MB_ICONINFORMATION, Box::Information, IDNO, "N"},
-    };
-    const std::map<int, Box::StandardButton> buttons{{IDOK, Box::Ok}, {IDYES, Box::Yes}, {IDNO, Box::No}};
-    for (const Row& row : rows) {
-        const auto look = [&] {
-            auto& box = dynamic_cast<Box&>(modal());
-            EXPECT_EQ(box.text(), QStringLiteral("one & two\n<b>\u0142</b>"));
-            EXPECT_EQ(box.windowTitle(), QStringLiteral("caption"));
-            EXPECT_EQ(box.icon(), row.icon);
-            EXPECT_FALSE(IsWindowEnabled(frame));
-            if ((row.type & MB_YESNO) != 0) {
-                box.close();
-                press(Qt::Key_Escape);
-                EXPECT_TRUE(box.isVisible() && !box.button(Box::No)->isDown()) << "a question wants an answer";
-            }
-            QAbstractButton* button = box.button(buttons.at(row.answer));
-            if (row.keys.empty()) {
-                QTest::mouseClick(button, Qt::LeftButton);
-            } else if (row.keys == "Y" || row.keys == "N") {
-                press(button->shortcut()[0].key());
-            } else {
-                typeAll(row.keys);
-            }
-        };
+        Box::StandardButton button;
+        const char* keys;  // none: a click on the button
+    } rows[] = {{MB_OK, IDOK, Box::Ok, "\x1B"},
+                {MB_OK, IDOK, Box::Ok, ""},
+                {MB_YESNO, IDYES, Box::Yes, "\n"},
+                {MB_YESNO, IDNO, Box::No, ""}};
+    for (const auto& row : rows) {
         int answer = -1;
         during([&] { answer = MessageBoxA(frame, "one & two\n<b>\xB3</b>", "caption", row.type); },
-               {{"box", timersGoOn, look}});
-        EXPECT_EQ(answer, row.answer) << row.type << " " << row.keys;
+               [&] {
+                   auto& box = dynamic_cast<Box&>(modal());
+                   EXPECT_EQ(box.text(), QStringLiteral("one & two\n<b>\u0142</b>"));
+                   EXPECT_EQ(box.textFormat(), Qt::PlainText);
+                   if (row.type == MB_YESNO) {
+                       box.close();
+                       typeAll("\x1B");
+                       settle();
+                       EXPECT_TRUE(box.isVisible() && !box.button(Box::No)->isDown()) << "a question wants an answer";
+                   }
+                   *row.keys ? typeAll(row.keys) : QTest::mouseClick(box.button(row.button), Qt::LeftButton);
+               });
+        EXPECT_EQ(answer, row.answer) << row.keys;
     }
 }

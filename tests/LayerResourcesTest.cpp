@@ -1,67 +1,22 @@
-// Menus, their pictures and the dialog templates, as the compiled resources hold them.
+// Menus, strings and dialog templates, as the compiled resources hold them.
 #include <QAction>
-#include <QImage>
+#include <QMenu>
 #include <QMenuBar>
-#include <algorithm>
-#include <functional>
+#include <array>
 #include <set>
 #include <span>
-#include <string>
-#include <vector>
 
 #include "LayerWindows.h"
-#include "platform/linux/Layer.h"
-#include "resources/Ids.h"
+#include "User.h"
 
 namespace {
 
-constexpr UINT MenusByLanguage[] = {IDM_MENU_POLISH, IDM_MENU_ENGLISH, IDM_MENU_RUSSIAN, IDM_MENU_LITHUANIAN,
-                                    IDM_MENU_CZECH};
-
-// The English one: the command and the text of each item, those of a popup in brackets.
-const std::string EnglishMenu =
-    "0 File [40014 Open..., 40015 Save As..., -, 40002 Exit], "
-    "0 Port [40019 COM 1, 40020 COM 2, 40021 COM 3, 40022 COM 4, 40055 COM 5, 40056 COM 6, 40067 COM 7, "
-    "40068 COM 8, 40069 COM 9, -, 40086 ...], "
-    "0 Size [40028 640x480, 40029 800x600, 40030 1024x768, 40032 1280x960, 40031 1280x1024], "
-    "0 Language [40035 Polish, 40036 English, 40038 Russian, 40039 Lithuanian, 40065 Czech], "
-    "40005 Readings, 40006 Configuration, 40007 Options, 40013 Diagram, 40008 Reset, 40010 Oscilloscope, "
-    "0 Information [40003 Program information..., 40048 Device information]";
-// A word of each that shows its alphabet.
-constexpr const char* WordByLanguage[] = {"Język", "Language", "Ч'ешский", "Išsaugoti kaip...", "Ulož jako…"};
-
-// Without the marks of the letters that choose an item by the keyboard.
-std::string plainText(const QAction& action) {
-    QString text = action.text();
-    text.replace(QStringLiteral("&&"), QChar(1)).remove(QLatin1Char('&')).replace(QChar(1), QLatin1Char('&'));
-    return text.toStdString();
-}
-
-QList<QAction*> bar(HWND frame) {
-    return widgetOf(frame)->findChild<QMenuBar*>()->actions();
-}
-
-// The item with a text, on the bar or in one of its popups.
-QAction* shownItem(HWND frame, const std::string& text) {
-    QList<QAction*> items = bar(frame);
-    for (qsizetype at = 0; at < items.size(); ++at) {
-        if (plainText(*items[at]) == text) {
-            return items[at];
-        }
-        items += items[at]->menu() ? items[at]->menu()->actions() : QList<QAction*>();
-    }
-    return nullptr;
-}
-
 // What stands round others or between them.
 bool isFrame(const layer::Window& control) {
-    constexpr DWORD GroupBoxStyle = 7;
-    constexpr DWORD FirstEtchedStyle = 0x10;
-    constexpr DWORD LastEtchedStyle = 0x12;
-    const DWORD type = control.style & 0x1F;
-    return control.kind == layer::Kind::Button
-               ? (type & 0xF) == GroupBoxStyle
-               : control.kind == layer::Kind::Static && type >= FirstEtchedStyle && type <= LastEtchedStyle;
+    constexpr DWORD GroupBox = 7;
+    const bool etched = (control.style & 0x1F) >= 0x10 && (control.style & 0x1F) <= 0x12;
+    return control.kind == layer::Kind::Button ? (control.style & 0xF) == GroupBox
+                                               : control.kind == layer::Kind::Static && etched;
 }
 
 // A dialog's controls have ids of their own, stand inside it and on no other, and one at most is what Enter presses.
@@ -70,17 +25,16 @@ void expectWellFormed(const layer::Window& dialog) {
     const QRect client = QRect(QPoint(), layer::clientSize(dialog)).adjusted(0, 0, 1, 1);
     std::set<int> ids;
     int defaults = 0;
-    for (auto at = dialog.children.begin(); at != dialog.children.end(); ++at) {
-        const layer::Window& control = **at;
-        const QRect area = control.outer->geometry();
-        const bool nameless = (control.id & 0xFFFF) == 0xFFFF;
-        EXPECT_TRUE(nameless || ids.insert(control.id).second) << control.id << " twice";
-        EXPECT_TRUE(client.contains(area) && !area.isEmpty()) << control.id << " stands out or cannot be seen";
-        defaults += control.kind == layer::Kind::Button && (control.style & 0xF) == 1;
-        for (auto before = dialog.children.begin(); before != at && !isFrame(control); ++before) {
-            const QRect other = (*before)->outer->geometry();
-            EXPECT_FALSE(!isFrame(**before) && area.adjusted(0, 0, -1, -1).intersects(other))
-                << control.id << " overlaps " << (*before)->id;
+    for (const layer::Window* control : dialog.children) {
+        const QRect area = control->outer->geometry();
+        const bool nameless = (control->id & 0xFFFF) == 0xFFFF;
+        EXPECT_TRUE(nameless || ids.insert(control->id).second) << control->id << " twice";
+        EXPECT_TRUE(client.contains(area) && !area.isEmpty()) << control->id << " stands out or cannot be seen";
+        defaults += control->kind == layer::Kind::Button && (control->style & 0xF) == 1;
+        for (const layer::Window* other : dialog.children) {
+            EXPECT_FALSE(other != control && !isFrame(*control) && !isFrame(*other) &&
+                         area.adjusted(0, 0, -1, -1).intersects(other->outer->geometry()))
+                << control->id << " overlaps " << other->id;
         }
     }
     EXPECT_LE(defaults, 1);
@@ -88,90 +42,53 @@ void expectWellFormed(const layer::Window& dialog) {
 
 }  // namespace
 
-TEST_F(Layer, AllMenusHaveOneStructureInTheirLanguage) {
+TEST_F(Layer, MenuItemsSendTheirCommandsAndTakeTheirMarks) {
     const HWND frame = openFrame();
-    // What the user's choice of each item sends.
-    const std::function<std::string(const QList<QAction*>&, bool)> describe = [&](const auto& items, bool texts) {
+    const HMENU menu = LoadMenuA(nullptr, MAKEINTRESOURCEA(IDM_MENU_ENGLISH));
+    ASSERT_TRUE(SetMenu(frame, menu));
+    QMenuBar& bar = *widgetOf(frame)->findChild<QMenuBar*>();
+    // What the user's choice of each item sends, and its text.
+    const std::function<std::string(const QList<QAction*>&)> describe = [&](const auto& items) {
         std::string all;
         for (QAction* item : items) {
             seen.clear();
             item->trigger();
-            runDry(frame);
-            const auto command = std::ranges::find(seen, WM_COMMAND, &Seen::message);
-            all += all.empty() ? "" : ", ";
-            all += item->isSeparator() ? "-" : std::to_string(command == seen.end() ? 0 : command->wParam);
-            all += item->isSeparator() || !texts ? "" : " " + plainText(*item);
-            all += item->menu() ? " [" + describe(item->menu()->actions(), texts) + "]" : "";
+            settle();
+            all += seen.empty() ? "" : std::to_string(seen.front().wParam) + " ";
+            all += item->isSeparator() ? "-" : textOf(*item);
+            all += item->menu() ? " [" + describe(item->menu()->actions()) + "], " : ", ";
         }
         return all;
     };
-    std::string structure;
-    for (const size_t language : {1, 0, 2, 3, 4}) {
-        const HMENU menu = LoadMenuA(nullptr, MAKEINTRESOURCEA(MenusByLanguage[language]));
-        ASSERT_TRUE(SetMenu(frame, menu)) << language;
-        if (structure.empty()) {
-            EXPECT_EQ(describe(bar(frame), true), EnglishMenu);
-            structure = describe(bar(frame), false);
-        }
-        EXPECT_EQ(describe(bar(frame), false), structure) << language;
-        EXPECT_NE(shownItem(frame, WordByLanguage[language]), nullptr) << language;
-        EXPECT_TRUE(SetMenu(frame, nullptr));
-        EXPECT_TRUE(DestroyMenu(menu));
-        EXPECT_FALSE(DestroyMenu(menu));
+    EXPECT_EQ(describe(bar.actions()),
+              "File [40014 Open..., 40015 Save As..., -, 40002 Exit, ], "
+              "Port [40019 COM 1, 40020 COM 2, 40021 COM 3, 40022 COM 4, 40055 COM 5, 40056 COM 6, 40067 COM 7, "
+              "40068 COM 8, 40069 COM 9, -, 40086 ..., ], "
+              "Size [40028 640x480, 40029 800x600, 40030 1024x768, 40032 1280x960, 40031 1280x1024, ], "
+              "Language [40035 Polish, 40036 English, 40038 Russian, 40039 Lithuanian, 40065 Czech, ], "
+              "40005 Readings, 40006 Configuration, 40007 Options, 40013 Diagram, 40008 Reset, 40010 Oscilloscope, "
+              "Information [40003 Program information..., 40048 Device information, ], ");
+    const QAction& com3 = *bar.actions().at(PortMenu)->menu()->actions().at(2);
+    for (const UINT mark : {MF_CHECKED, MF_UNCHECKED}) {
+        EXPECT_EQ(CheckMenuItem(menu, IDM_COM3, mark), mark ^ MF_CHECKED);
+        EXPECT_EQ(com3.isChecked(), mark == MF_CHECKED);
+        EXPECT_EQ(EnableMenuItem(menu, IDM_COM3, mark ? MF_GRAYED : MF_ENABLED), mark ? MF_ENABLED : MF_GRAYED);
+        EXPECT_EQ(com3.isEnabled(), mark == MF_UNCHECKED);
     }
-}
-
-TEST_F(Layer, MenuItemsTakeTheirMarks) {
-    const HWND frame = openFrame();
-    const HMENU menu = LoadMenuA(nullptr, MAKEINTRESOURCEA(IDM_MENU_ENGLISH));
-    SetMenu(frame, menu);
-    EXPECT_EQ(CheckMenuItem(menu, IDM_COM3, MF_CHECKED), 0u);
-    EXPECT_TRUE(shownItem(frame, "COM 3")->isChecked());
-    EXPECT_EQ(CheckMenuItem(menu, IDM_COM3, MF_UNCHECKED), MF_CHECKED);
-    EXPECT_FALSE(shownItem(frame, "COM 3")->isChecked());
-    EXPECT_EQ(EnableMenuItem(menu, IDM_SIZE_1024X768, MF_GRAYED), 0);
-    EXPECT_EQ(EnableMenuItem(menu, IDM_SIZE_1024X768, MF_ENABLED), static_cast<BOOL>(MF_GRAYED));
-
-    QMenuBar& shown = *widgetOf(frame)->findChild<QMenuBar*>();
-    const QImage plain = shown.grab().toImage();
+    const QRect place = bar.actionGeometry(bar.actions().at(FirstPageItem + 2));
+    const QImage plain = bar.grab().toImage();
     EXPECT_TRUE(HiliteMenuItem(frame, menu, IDM_OPTIONS, MF_HILITE));
-    const QRect item = shown.actionGeometry(shownItem(frame, "Options"));
-    EXPECT_NE(plain.copy(item), shown.grab().toImage().copy(item));
+    EXPECT_NE(plain.copy(place), bar.grab(place).toImage());
     EXPECT_TRUE(HiliteMenuItem(frame, menu, IDM_OPTIONS, MF_UNHILITE));
-    EXPECT_EQ(shown.grab().toImage(), plain);
+    EXPECT_EQ(bar.grab().toImage(), plain);
 
-    EXPECT_TRUE(ModifyMenuA(menu, IDM_COM_OTHER, MF_STRING, IDM_COM_OTHER, "...COM 77"));
-    EXPECT_EQ(shownItem(frame, "..."), nullptr);
-    EXPECT_EQ(CheckMenuItem(menu, 9, MF_CHECKED), 0xFFFFFFFF);
-    EXPECT_EQ(EnableMenuItem(menu, 9, MF_GRAYED), -1);
-    EXPECT_FALSE(ModifyMenuA(menu, 9, MF_STRING, 9, "x"));
-    EXPECT_FALSE(HiliteMenuItem(frame, menu, 9, MF_HILITE));
-    EXPECT_EQ(CheckMenuItem(nullptr, IDM_COM3, MF_CHECKED), 0xFFFFFFFF);
-    EXPECT_EQ(LoadMenuA(nullptr, MAKEINTRESOURCEA(147)), nullptr);
-}
-
-TEST_F(Layer, TagsShowTheLanguageOnTheColourOfTheChoice) {
-    const HDC memory = CreateCompatibleDC(nullptr);
-    // White where the picture has its letters.
-    const auto lettersOf = [&](int tag, COLORREF ground) {
-        std::vector<bool> letters;
-        SelectObject(memory, LoadBitmapA(nullptr, MAKEINTRESOURCEA(static_cast<unsigned>(tag))));
-        for (int at = 0; GetPixel(memory, at / 12, 11) != CLR_INVALID; ++at) {
-            const COLORREF colour = GetPixel(memory, at / 12, at % 12);
-            EXPECT_TRUE(colour == White || colour == ground) << std::hex << colour;
-            letters.push_back(colour == White);
-        }
-        EXPECT_TRUE(letters.size() >= 12 * 12 && letters.size() <= 14 * 12) << letters.size();
-        EXPECT_EQ(GetPixel(memory, 0, 12), CLR_INVALID) << "12 pixels high";
-        return letters;
-    };
-    std::set<std::vector<bool>> pictures;
-    for (const auto& [plain, chosen] : {std::pair{1014, 204}, {203, 205}, {1015, 209}, {1017, 1016}, {230, 229}}) {
-        const std::vector<bool> letters = lettersOf(plain, Grey);
-        EXPECT_EQ(letters, lettersOf(chosen, Blue)) << plain;
-        EXPECT_TRUE(pictures.insert(letters).second) << "languages differ";
-    }
-    EXPECT_EQ(LoadBitmapA(nullptr, MAKEINTRESOURCEA(1)), nullptr);
+    EXPECT_TRUE(SetMenu(frame, nullptr) && DestroyMenu(menu));
+    EXPECT_FALSE(SetMenu(frame, menu) || DestroyMenu(menu) || ModifyMenuA(menu, IDM_COM3, MF_STRING, 9, "x"));
+    EXPECT_TRUE(CheckMenuItem(menu, IDM_COM3, MF_CHECKED) == 0xFFFFFFFF && EnableMenuItem(menu, IDM_COM3, 0) == -1);
+    EXPECT_FALSE(LoadMenuA(nullptr, MAKEINTRESOURCEA(147)) || LoadBitmapA(nullptr, MAKEINTRESOURCEA(1)));
+    std::array<char, 4> title{};
+    EXPECT_EQ(LoadStringA(nullptr, IDS_TITLE, title.data(), 4), 3);
+    EXPECT_STREQ(title.data(), "Tar") << "cut to its buffer";
 }
 
 TEST_F(Layer, EveryDialogIsWellFormed) {
