@@ -2,9 +2,7 @@
 #include <QAction>
 #include <QMenu>
 #include <QMenuBar>
-#include <QTest>
-#include <algorithm>
-#include <array>
+#include <sstream>
 #include <string>
 #include <utility>
 
@@ -18,173 +16,121 @@
 namespace {
 
 // In the order of the bar and of their captions' lines.
-struct PageItem {
-    UINT item;
-    int page;
-};
-constexpr PageItem PageItems[] = {{IDM_READINGS, ReadingsPage}, {IDM_CONFIGURATION, ConfigurationPage},
-                                  {IDM_OPTIONS, OptionsPage},   {IDM_DIAGRAM, DiagramPage},
-                                  {IDM_RESET, ResetPage},       {IDM_OSCILLOSCOPE, OscilloscopePage}};
+constexpr int BarPages[] = {ReadingsPage, ConfigurationPage, OptionsPage, DiagramPage, ResetPage, OscilloscopePage};
 constexpr size_t FirstCaptionLine = 175;
 
-// In the order of the menu: the code and the first item of the bar.
-constexpr const char* Languages[][2] = {
-    {"pol", "Plik"}, {"ang", "File"}, {"rus", "Файл"}, {"lit", "Failas"}, {"cs", "Soubor"}};
-constexpr int Russian = 2;
-
-// The highlighted items of the bar.
-std::string highlighted() {
+// The items of the bar that are lit in this way.
+std::string lit(const char* way) {
     std::string texts;
     for (const QAction* item : menuBar().actions()) {
-        texts += item->property("highlighted").toBool() ? textOf(*item) : "";
+        texts += item->property(way).toBool() ? textOf(*item) : "";
     }
     return texts;
 }
 
-// The item of the bar that the keyboard is at.
-std::string lit() {
+void goTo(int position) {
+    clickOnBar(FirstPageItem + position);
     settle();
-    const QList<QAction*> items = menuBar().actions();
-    const auto item =
-        std::ranges::find_if(items, [](const QAction* one) { return one->property("selected").toBool(); });
-    return item == items.end() ? "" : textOf(**item);
+    ASSERT_EQ(AppPage, BarPages[position]);
 }
 
-int barPositionOf(int page) {
-    const auto* item = std::ranges::find(PageItems, page, &PageItem::page);
-    return FirstPageItem + static_cast<int>(item - std::begin(PageItems));
+void chooseSize(int profile) {
+    choose(SizeMenu, profile - 1);
+    settle();
+}
+
+void chooseLanguage(int row) {
+    choose(LanguageMenu, row);
+    settle();
 }
 
 // The one page over the main window, highlighted on the bar by its item alone.
-void expectShowing(const PageItem& expected) {
-    EXPECT_EQ(AppPage, expected.page);
-    EXPECT_EQ(textOf(MainWindow), line(FirstCaptionLine + static_cast<size_t>(&expected - PageItems)));
+void expectShowing(int position) {
+    EXPECT_EQ(AppPage, BarPages[position]);
+    EXPECT_EQ(textOf(MainWindow), line(FirstCaptionLine + static_cast<size_t>(position)));
     EXPECT_NE(textOf(MainWindow), "");
     const auto& children = layer::find(MainWindow)->children;
     ASSERT_EQ(children.size(), 1u);
     EXPECT_EQ(children[0]->handle, PageWindow);
     EXPECT_TRUE(IsWindowVisible(PageWindow));
-    EXPECT_EQ(highlighted(), textOf(*menuBar().actions().at(barPositionOf(expected.page))));
+    EXPECT_EQ(lit("highlighted"), textOf(*menuBar().actions().at(FirstPageItem + position)));
+}
+
+std::string placeInParent(HWND window) {
+    const QRect place = widgetOf(window)->geometry();
+    return text({place.x(), place.y(), place.x() + place.width(), place.y() + place.height()});
 }
 
 }  // namespace
 
-class Shell : public WindowFixture {
-protected:
-    static void goTo(int page) {
-        clickOnBar(barPositionOf(page));
-        settle();
-        ASSERT_EQ(AppPage, page);
-    }
-    static void chooseSize(int profile) {
-        choose(SizeMenu, profile - 1);
-        settle();
-    }
-    static void chooseLanguage(int row) {
-        choose(LanguageMenu, row);
-        settle();
-    }
-};
-
-TEST_F(Shell, TheHighlightComesBackWhenAMenuCloses) {
-    startIn("ang");
-    goTo(OptionsPage);
-    for (const int menu : {FileMenu, PortMenu, SizeMenu, LanguageMenu, InformationMenu}) {
-        clickOnBar(menu);
-        ASSERT_TRUE(popup()) << menu;
-        settle();
-        HiliteMenuItem(MainWindow, MainMenu, IDM_OPTIONS, MF_UNHILITE);
-        press(Qt::Key_Escape);
-        settle();
-        EXPECT_FALSE(popup());
-        EXPECT_EQ(highlighted(), "") << "the bar still has the keyboard";
-        press(Qt::Key_Escape);
-        settle();
-        EXPECT_EQ(highlighted(), "Options") << menu;
-    }
-}
+using Shell = WindowFixture;
 
 TEST_F(Shell, EverySizeIsTakenByTheWindowAndTheShowingPage) {
     startIn("ang");
-    const std::pair<int, std::string> rows[] = {{1, "320,287 640x450"},
-                                                {4, "0,0 1280x930"},
-                                                {3, "128,143 1024x738"},
-                                                {2, "240,227 800x570"},
-                                                {5, "0,0 1280x994"}};
-    const auto sizeOf = [](const std::string& place) { return place.substr(place.find(' ')); };
-    for (const PageItem& page : PageItems) {
-        goTo(page.page);
-        const std::string ofTemplate = text(placeOf(PageWindow));
-        std::array<int, 5> letters{};
-        for (const auto& [profile, place] : rows) {
-            SCOPED_TRACE(std::to_string(page.page) + " in " + place);
+    struct Row {
+        int profile;
+        const char *corner, *size, *learnButton;
+        int letters;  // of the two pages with a dialog for each size
+    };
+    const Row rows[] = {{1, "320,287", "640x450", "540,358 71x30", 13},
+                        {4, "0,0", "1280x930", "1100,780 120x75", 24},
+                        {3, "128,143", "1024x738", "875,610 105x60", 19},
+                        {2, "240,227", "800x570", "685,465 80x40", 16},
+                        {5, "0,0", "1280x994", "1100,840 120x75", 24}};
+    for (int page = 0; page < 6; ++page) {
+        goTo(page);
+        const std::string asMade = text(placeOf(PageWindow));
+        for (const Row& row : rows) {
+            SCOPED_TRACE(std::to_string(page) + " in " + row.size);
             const HWND former = PageWindow;
-            chooseSize(profile);
-            EXPECT_EQ(SizeProfile, profile);
-            EXPECT_EQ(text(placeOf(MainWindow)), place);
-            EXPECT_EQ(sizeOf(text(placeOf(PageWindow))), sizeOf(page.page == OscilloscopePage ? ofTemplate : place));
-            EXPECT_EQ(PageWindow == former, page.page == ResetPage) << "only the Reset page stays";
-            EXPECT_EQ(marked(SizeItems, MF_CHECKED), std::to_string(profile));
+            chooseSize(row.profile);
+            EXPECT_EQ(SizeProfile, row.profile);
+            EXPECT_EQ(marked(SizeItems, MF_CHECKED), std::to_string(row.profile));
+            EXPECT_EQ(text(placeOf(MainWindow)), row.corner + std::string(" ") + row.size);
+            EXPECT_TRUE(text(placeOf(PageWindow))
+                            .ends_with(AppPage == OscilloscopePage ? asMade.substr(asMade.find(' ')) : row.size));
+            EXPECT_EQ(PageWindow == former, AppPage == ResetPage) << "only the Reset page stays";
+            if (AppPage == ReadingsPage) {
+                EXPECT_EQ(placeInParent(PageWindow), std::string("-5,-10 ") + row.size);
+                EXPECT_EQ(placeInParent(GetDlgItem(PageWindow, IDC_LEARN)), row.learnButton);
+            } else if (AppPage == ConfigurationPage || AppPage == OptionsPage) {
+                EXPECT_EQ(layer::find(PageWindow)->font.pixelSize(), row.letters);
+            }
             expectShowing(page);
-            letters[static_cast<size_t>(profile - 1)] = layer::find(PageWindow)->font.pixelSize();
-        }
-        // The two pages with a dialog for each size have letters that grow with it.
-        if (page.page == ConfigurationPage || page.page == OptionsPage) {
-            EXPECT_EQ(letters, (std::array{13, 16, 19, 24, 24})) << page.page;
         }
     }
-}
-
-TEST_F(Shell, AClickInTheSilenceOfALostReplyWaitsForItsEnd) {
-    startOn(4);
-    server->addFault({.kind = simulator::FaultKind::Silence, .count = 1});
-    const QPoint options = desktop::barItems().at(FirstPageItem + 2);
-    server->observe([&](const simulator::LogEntry&) {    // as the request goes out
-        clock->at(clock->now() + 3 * Millisecond, [=] {  // while the reply is awaited
-            desktop::pressButton(options);
-            desktop::releaseButton(options);
-        });
-        server->observe(nullptr);
-    });
-    EXPECT_FALSE(pumpUntil([] { return AppPage == OptionsPage; }, 0.2));  // seconds of held time
-    EXPECT_TRUE(pumpUntil([] { return AppPage == OptionsPage; }, 0.5));
-}
-
-TEST_F(Shell, AGreySizeCannotBeChosen) {
-    startIn("ang");
-    for (const auto& [allowed, grey] :
-         {std::pair{1, "2 3 4 5"}, {3, "4 5"}, {4, "5"}, {5, ""}, {2, "3 4 5"}, {6, "3 4 5"}}) {
-        EnableSizeMenu(allowed);
-        EXPECT_EQ(marked(SizeItems, MF_GRAYED), grey) << allowed;
-    }
-    chooseSize(2);
-    chooseSize(3);
-    EXPECT_EQ(SizeProfile, 2);
-    press(Qt::Key_Escape);
-    settle();
-    ASSERT_FALSE(popup());
-    chooseSize(1);
-    EXPECT_EQ(SizeProfile, 1);
 }
 
 TEST_F(Shell, EveryPageItemOnTheBarShowsItsPageAndOnlyTheDiagramPutsADraggedWindowBack) {
     startIn("ang");
-    expectShowing(PageItems[0]);
+    expectShowing(0);
     chooseSize(2);
-    for (const int at : {1, 2, 3, 4, 5, 0, 3}) {
-        SCOPED_TRACE(at);
-        const PageItem& page = PageItems[at];
+    for (const int page : {1, 2, 3, 4, 5, 0, 3}) {
+        SCOPED_TRACE(page);
         widgetOf(MainWindow)->move(70, 80);
         settle();
         const HWND former = PageWindow;
-        goTo(page.page);
+        goTo(page);
         EXPECT_FALSE(IsWindow(former));
-        EXPECT_EQ(text(placeOf(MainWindow)), page.page == DiagramPage ? "240,227 800x570" : "70,80 800x570");
+        EXPECT_EQ(text(placeOf(MainWindow)), AppPage == DiagramPage ? "240,227 800x570" : "70,80 800x570");
         const HWND shown = PageWindow;
-        HiliteMenuItem(MainWindow, MainMenu, page.item, MF_UNHILITE);
-        goTo(page.page);
+        HiliteMenuItem(MainWindow, MainMenu, IDM_OPTIONS, MF_HILITE);
+        goTo(page);
         EXPECT_EQ(PageWindow, shown) << "the showing page is left alone";
         expectShowing(page);
+    }
+    for (const int menu : {FileMenu, PortMenu, SizeMenu, LanguageMenu, InformationMenu}) {
+        clickOnBar(menu);
+        ASSERT_TRUE(popup()) << menu;
+        settle();
+        HiliteMenuItem(MainWindow, MainMenu, IDM_DIAGRAM, MF_UNHILITE);
+        press(Qt::Key_Escape);
+        settle();
+        EXPECT_FALSE(popup());
+        EXPECT_EQ(lit("highlighted"), "") << "the bar still has the keyboard";
+        press(Qt::Key_Escape);
+        settle();
+        EXPECT_EQ(lit("highlighted"), "Diagram") << menu;
     }
 }
 
@@ -200,32 +146,34 @@ TEST_F(Shell, EveryLanguageRenewsTextsAndKeepsAllOtherMarks) {
         return snapshot(PageWindow, {20, 20, 120, 90});
     };
     const auto latin = drawn();
+    // In the order of the menu: the code and the first item of the bar.
+    constexpr const char* Languages[][2] = {
+        {"pol", "Plik"}, {"ang", "File"}, {"rus", "Файл"}, {"lit", "Failas"}, {"cs", "Soubor"}};
     std::string formerCaption;
     for (const int at : {0, 2, 3, 4, 1}) {
         const auto& [code, fileMenu] = Languages[at];
         SCOPED_TRACE(code);
-        goTo(ReadingsPage);
+        goTo(0);
         chooseLanguage(at);
         EXPECT_EQ(readFile("Tarvex.ini"), std::string("[Ustawienia]\nCommPort= 42\nLanguage= ") + code + "\n");
         EXPECT_EQ(textOf(GetDlgItem(PageWindow, IDC_LEARN)), line(33));
         EXPECT_NE(textOf(MainWindow), std::exchange(formerCaption, textOf(MainWindow)));
         const QList<QAction*> bar = menuBar().actions();
         EXPECT_EQ(textOf(*bar.at(FileMenu)), fileMenu);
-        const QList<QAction*> languages = bar.at(LanguageMenu)->menu()->actions();
+        EXPECT_EQ(textOf(*bar.at(PortMenu)->menu()->actions().last()), "...COM 42");
         EXPECT_EQ(marked(LanguageItems, MF_CHECKED), std::to_string(at + 1));
-        for (int other = 0; other < 5; ++other) {
-            const QImage tag = languages.at(other)->icon().pixmap(14, 12).toImage();
-            EXPECT_EQ(tag.pixelColor(0, 0), other == at ? QColor(0, 0, 255) : QColor(128, 128, 128)) << other;
-        }
         EXPECT_EQ(marked(SizeItems, MF_GRAYED) + " " + marked(SizeItems, MF_CHECKED), "4 5 2");
         EXPECT_EQ(marked(PortItems, MF_CHECKED), "10");
-        EXPECT_EQ(textOf(*bar.at(PortMenu)->menu()->actions().last()), "...COM 42");
-        EXPECT_EQ(drawn() != latin, at == Russian);
-        for (const PageItem& page : PageItems) {
-            goTo(page.page);
+        for (int other = 0; other < 5; ++other) {
+            const QImage tag = bar.at(LanguageMenu)->menu()->actions().at(other)->icon().pixmap(14, 12).toImage();
+            EXPECT_EQ(tag.pixelColor(0, 0), other == at ? QColor(0, 0, 255) : QColor(128, 128, 128)) << other;
+        }
+        EXPECT_EQ(drawn() != latin, std::string(code) == "rus");
+        for (int page = 0; page < 6; ++page) {
+            goTo(page);
             const HWND before = PageWindow;
             chooseLanguage(at);
-            EXPECT_EQ(PageWindow == before, page.page == ResetPage) << page.page;
+            EXPECT_EQ(PageWindow == before, AppPage == ResetPage) << page;
             expectShowing(page);
         }
     }
@@ -249,47 +197,41 @@ TEST_F(Shell, ALanguageWhoseFileIsGoneOrUnknownLeavesTheFormerTexts) {
     chooseLanguage(0);
     EXPECT_EQ(textOf(MainWindow), english);
     EXPECT_EQ(textOf(*menuBar().actions().first()), "Plik");
-    EXPECT_STREQ(LangCode.data(), "pol");
 }
 
 TEST_F(Shell, AltAndLettersChooseOnTheBarAndEscapeLeavesIt) {
     startIn("ang");
-    // What the keyboard is at, the first item of the open popup, the page.
-    const auto expectAt = [](const std::string& item, const std::string& open, int page) {
-        EXPECT_EQ(lit(), item);
-        EXPECT_EQ(popup() ? textOf(*popup()->actions().first()) : "", open) << item;
-        EXPECT_EQ(AppPage, page) << item;
+    struct Row {
+        const char *keys, *item, *firstEntry;  // where the keyboard is, what its popup begins with
+        int page;
     };
-    // Reset and Readings share their first letter, Port and Diagram have one of their own.
-    pressAlt(u'd');
-    expectAt("", "", DiagramPage);
-    pressAlt(u'p');
-    expectAt("Port", "COM 1", DiagramPage);
-    press(Qt::Key_Escape);
-    press(Qt::Key_Escape);
-    expectAt("", "", DiagramPage);
-    pressAlt(u'r');
-    expectAt("Readings", "", DiagramPage);
-    type(u'r');
-    expectAt("Reset", "", DiagramPage);
-    press(Qt::Key_Return);
-    expectAt("", "", ResetPage);
-    pressAlt(u'q');
-    expectAt("", "", ResetPage);
-    press(Qt::Key_Alt);
-    expectAt("File", "", ResetPage);
-    press(Qt::Key_Escape);
-    expectAt("", "", ResetPage);
-    EXPECT_EQ(highlighted(), "Reset");
-    // In an open popup a letter chooses its item.
-    pressAlt(u's');
-    expectAt("Size", "640x480", ResetPage);
-    type(u'8');
-    expectAt("", "", ResetPage);
+    // Reset and Readings share their first letter, Port and Diagram have one of their own; none has q.
+    for (const Row& row :
+         {Row{"Alt+d", "", "", DiagramPage}, Row{"Alt+p", "Port", "COM 1", DiagramPage},
+          Row{"Escape Escape", "", "", DiagramPage}, Row{"Alt+r", "Readings", "", DiagramPage},
+          Row{"r", "Reset", "", DiagramPage}, Row{"Enter", "", "", ResetPage}, Row{"Alt+q", "", "", ResetPage},
+          Row{"Alt", "File", "", ResetPage}, Row{"Escape", "", "", ResetPage},
+          Row{"Alt+s", "Size", "640x480", ResetPage}, Row{"8", "", "", ResetPage}}) {
+        std::istringstream keys(row.keys);
+        for (std::string key; keys >> key;) {
+            const auto letter = static_cast<char16_t>(key.back());
+            key == "Escape"  ? press(Qt::Key_Escape)
+            : key == "Enter" ? press(Qt::Key_Return)
+            : key == "Alt"   ? press(Qt::Key_Alt)
+            : key.size() > 1 ? pressAlt(letter)
+                             : type(letter);
+        }
+        settle();
+        EXPECT_EQ(lit("selected"), row.item) << row.keys;
+        EXPECT_EQ(popup() ? textOf(*popup()->actions().first()) : "", row.firstEntry) << row.keys;
+        EXPECT_EQ(AppPage, row.page) << row.keys;
+    }
+    EXPECT_EQ(lit("highlighted"), "Reset");
     EXPECT_EQ(SizeProfile, 2);
     SendMessageA(MainWindow, WM_COMMAND, IDM_LANGUAGE_RUSSIAN, 0);
     settle();
     pressAlt(u'\u0441');  // Схема and Сброс
-    expectAt("Схема", "", ResetPage);
+    settle();
+    EXPECT_EQ(lit("selected"), "Схема");
     press(Qt::Key_Escape);
 }
