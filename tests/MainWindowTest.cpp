@@ -15,18 +15,32 @@
 
 using MainWindowStart = WindowFixture;
 
-TEST_F(MainWindowStart, WithoutAnIniUsesTheDefaultsAndWritesThem) {
-    start();
-    EXPECT_EQ(readFile("Tarvex.ini"), "[Ustawienia]\nCommPort= 1\nLanguage= pol\n");
-    EXPECT_STREQ(PortName, "\\\\.\\COM1");
-    EXPECT_STREQ(LangCode.data(), "pol");
-    EXPECT_EQ(AppPage, ReadingsPage);
-    EXPECT_EQ(marked(LanguageItems, MF_CHECKED) + marked(PortItems, MF_CHECKED) + marked(SizeItems, MF_CHECKED), "115");
-    EXPECT_EQ(marked(SizeItems, MF_GRAYED), "");
-    EXPECT_NE(line(175), "");
-    EXPECT_EQ(textOf(MainWindow), line(175));
-    EXPECT_EQ(text(placeOf(MainWindow)), "0,0 1280x994");
-    EXPECT_TRUE(IsWindowVisible(PageWindow));
+TEST_F(MainWindowStart, WithoutAnIniUsesTheDefaultsAndWritesThemIfItCan) {
+    for (const bool writable : {false, true}) {
+        SCOPED_TRACE(writable);
+        writable ? std::filesystem::remove(folder / "Tarvex.ini")
+                 : std::filesystem::create_directory(folder / "Tarvex.ini");
+        start();
+        settle();
+        EXPECT_EQ(readFile("Tarvex.ini"), writable ? "[Ustawienia]\nCommPort= 1\nLanguage= pol\n" : "");
+        EXPECT_STREQ(PortName, "\\\\.\\COM1");
+        EXPECT_EQ(AppPage, ReadingsPage);
+        EXPECT_EQ(marked(LanguageItems, MF_CHECKED) + marked(PortItems, MF_CHECKED) + marked(SizeItems, MF_CHECKED),
+                  "115");
+        EXPECT_EQ(marked(SizeItems, MF_GRAYED), "");
+        EXPECT_NE(line(175), "");
+        EXPECT_EQ(textOf(MainWindow), line(175));
+        EXPECT_EQ(text(placeOf(MainWindow)), "0,0 1280x994");
+        EXPECT_TRUE(IsWindowVisible(PageWindow));
+        choose(PortMenu, 4);
+        settle();
+        EXPECT_STREQ(PortName, "COM5:");
+        choose(LanguageMenu, 2);
+        settle();
+        EXPECT_EQ(readFile("Tarvex.ini"), writable ? "[Ustawienia]\nCommPort= 5\nLanguage= rus\n" : "");
+        EXPECT_STREQ(LangCode.data(), "rus");
+        closeProgram();
+    }
 }
 
 TEST_F(MainWindowStart, ReadsTheIniByTheOrderOfItsItems) {
@@ -128,16 +142,21 @@ TEST_F(MainWindowStart, TheDesktopDecidesPlaceAndSizes) {
 }
 
 TEST_F(MainWindowStart, EveryWayOutEndsTheLoopWithZeroAndFreesThePort) {
-    for (void (*leave)() : std::initializer_list<void (*)()>{[] { widgetOf(MainWindow)->close(); },
-                                                             [] { PostMessageA(MainWindow, WM_COMMAND, IDM_EXIT, 0); },
-                                                             [] { press(Qt::Key_F4, Qt::AltModifier); }}) {
+    const auto command = [](UINT item) { PostMessageA(MainWindow, WM_COMMAND, item, 0); };
+    const std::function<void()> ways[] = {[] { widgetOf(MainWindow)->close(); },
+                                          [] { press(Qt::Key_F4, Qt::AltModifier); }, [=] { command(IDM_EXIT); },
+                                          [=] {
+                                              command(IDM_COM_OTHER);
+                                              command(IDM_EXIT);  // behind its dialog
+                                          }};
+    for (const auto& leave : ways) {
         startOn(4);
         const HWND window = MainWindow;
         const HWND page = PageWindow;
         EXPECT_TRUE(server->isOpen()) << "the program holds the port";
         clock->put(leave);
         EXPECT_EQ(RunMessageLoop(), 0);
-        EXPECT_FALSE(PortOpen || server->isOpen() || IsWindow(window) || IsWindow(page));
+        EXPECT_FALSE(PortOpen || server->isOpen() || IsWindow(window) || IsWindow(page) || openDialogWindow());
         server.reset();
         LinkLost = 1;
     }
