@@ -82,32 +82,27 @@ std::string words(const Parts&... parts) {
 }
 
 // What a row looks at.
-using Seen = std::string (*)(const ReadingsModel&);
-constexpr Seen Lambda = [](const ReadingsModel& m) { return words(m.LambdaText, m.LambdaBarPos); };
-constexpr Seen Mixture = [](const ReadingsModel& m) { return words(m.LambdaBarColour); };
-constexpr Seen Segment = [](const ReadingsModel& m) { return words(m.TpsSegment) + (UpperSegmentLit ? "+" : ""); };
-constexpr Seen Throttle = [](const ReadingsModel& m) { return words(m.TpsText) + (m.AttJumpShown ? " jump" : ""); };
-constexpr Seen Inertia = [](const ReadingsModel& m) { return words(m.TpsInertText); };
-constexpr Seen Actuator = [](const ReadingsModel& m) { return words(m.AttText, m.AttBaseText, m.AttBaseMoved); };
-constexpr Seen Drive = [](const ReadingsModel& m) { return words(m.DriveRangeLeft, m.DriveRangeRight); };
-constexpr Seen Idle = [](const ReadingsModel& m) { return words(m.IdleRangeLeft, m.IdleRangeRight); };
-constexpr Seen Jump = [](const ReadingsModel& m) { return words(m.AttJumpPos); };
-constexpr Seen Speed = [](const ReadingsModel& m) { return words(m.RpmText); };
-constexpr Seen Limits = [](const ReadingsModel& m) { return words(m.CutOffText, m.LPGOnText, m.LPGOffText); };
-constexpr Seen InForce = [](const ReadingsModel& m) {
-    return words(m.CutOffColour, m.LPGOffColour, m.LPGOnTempColour);
-};
-constexpr Seen Temperature = [](const ReadingsModel& m) { return words(m.TempNowText, m.LPGOnTempText); };
-constexpr Seen Gauge = [](const ReadingsModel& m) {
-    return words(m.GaugeDueForSpeed, m.GaugeDueForLimit, m.GaugeLimitBefore);
-};
-constexpr Seen Labels = [](const ReadingsModel& m) {
-    return words(m.LpgOnLabelColour, m.LpgOffLabelColour, m.CutOffLabelColour);
-};
-constexpr Seen Lamp = [](const ReadingsModel& m) { return words(m.LearnLamp); };
-constexpr Seen LastLine = [](const ReadingsModel& m) { return words(m.StatusLines[4]); };
+using M = const ReadingsModel&;
+using Seen = std::string (*)(M m);
+constexpr Seen Lambda = [](M m) { return words(m.LambdaText, m.LambdaBarPos); };
+constexpr Seen Mixture = [](M m) { return words(m.LambdaBarColour); };
+constexpr Seen Segment = [](M m) { return words(m.TpsSegment) + (UpperSegmentLit ? "+" : ""); };
+constexpr Seen Throttle = [](M m) { return words(m.TpsText) + (m.AttJumpShown ? " jump" : ""); };
+constexpr Seen Inertia = [](M m) { return words(m.TpsInertText); };
+constexpr Seen Actuator = [](M m) { return words(m.AttText, m.AttBaseText, m.AttBaseMoved); };
+constexpr Seen Drive = [](M m) { return words(m.DriveRangeLeft, m.DriveRangeRight); };
+constexpr Seen Idle = [](M m) { return words(m.IdleRangeLeft, m.IdleRangeRight); };
+constexpr Seen Jump = [](M m) { return words(m.AttJumpPos); };
+constexpr Seen Speed = [](M m) { return words(m.RpmText); };
+constexpr Seen Limits = [](M m) { return words(m.CutOffText, m.LPGOnText, m.LPGOffText); };
+constexpr Seen InForce = [](M m) { return words(m.CutOffColour, m.LPGOffColour, m.LPGOnTempColour); };
+constexpr Seen Temperature = [](M m) { return words(m.TempNowText, m.LPGOnTempText); };
+constexpr Seen Gauge = [](M m) { return words(m.GaugeDueForSpeed, m.GaugeDueForLimit, m.GaugeLimitBefore); };
+constexpr Seen Labels = [](M m) { return words(m.LpgOnLabelColour, m.LpgOffLabelColour, m.CutOffLabelColour); };
+constexpr Seen Lamp = [](M m) { return words(m.LearnLamp); };
+constexpr Seen LastLine = [](M m) { return words(m.StatusLines[4]); };
 // Behind the panel and the fuel box what is kept of gas, learning and a request for it.
-constexpr Seen Panel = [](const ReadingsModel& m) {
+constexpr Seen Panel = [](M m) {
     const auto& lines = m.StatusLines;
     return words(lines[0], lines[1], lines[2], lines[3], lines[4], m.FuelBox, OnGas, LearnRunning, LearnRequested);
 };
@@ -229,29 +224,21 @@ TEST(Readings, StatusPanelRowByRow) {
 
 TEST(Readings, GaugePointsLieOnTheirArcs) {
     BuildGaugeTables();
-    // By index: needle tip, outer tick end, needle base.
-    const std::map<size_t, std::array<int, 6>> rows = {{0, {30, 187, 23, 192, 113, 140}},
-                                                       {20, {15, 130, 6, 130, 110, 130}},
-                                                       {50, {49, 48, 42, 43, 116, 116}},
-                                                       {80, {130, 15, 130, 6, 130, 110}},
-                                                       {140, {245, 130, 254, 130, 150, 130}}};
-    for (const auto& [i, points] : rows) {
-        EXPECT_EQ(
-            (std::array{NeedleTipX[i], NeedleTipY[i], TickOuterX[i], TickOuterY[i], NeedleBaseX[i], NeedleBaseY[i]}),
-            points)
-            << i;
+    const std::map<size_t, std::pair<int, int>> tips = {{0, {30, 187}},  {20, {15, 130}},   {50, {49, 48}},
+                                                        {80, {130, 15}}, {140, {245, 130}}, {160, {230, 187}}};
+    for (const auto& [i, tip] : tips) {
+        EXPECT_EQ(std::pair(NeedleTipX[i], NeedleTipY[i]), tip) << i;
     }
-    EXPECT_EQ((std::array{LongTickX[0], LongTickY[0], LongTickX[1], LongTickY[1], LongTickX[4], LongTickY[4]}),
-              (std::array{35, 185, 20, 130, 130, 20}));
     for (size_t i = 0; i < GaugePoints; ++i) {
-        for (const auto& [x, y] :
-             {std::pair{&NeedleTipX, &NeedleTipY}, {&NeedleBaseX, &NeedleBaseY}, {&TickOuterX, &TickOuterY}}) {
-            EXPECT_TRUE((*x)[i] + (*x)[160 - i] == 260 && (*y)[i] == (*y)[160 - i]) << i;
-        }
+        EXPECT_TRUE(NeedleTipX[i] + NeedleTipX[160 - i] == 260 && NeedleTipY[i] == NeedleTipY[160 - i]) << i;
     }
+    // The others have radii of their own: on the way to the top, and at the top.
+    EXPECT_EQ((std::array{NeedleBaseX[50], TickOuterX[50], LongTickX[1], ShortTickX[5]}),
+              (std::array{116, 42, 20, 15}));
+    EXPECT_EQ((std::array{NeedleBaseY[80], TickOuterY[80], LongTickY[4], ShortTickY[20]}),
+              (std::array{110, 6, 20, 15}));
     put("A1=0x40");
     for (unsigned i = 0; i < ShortTicks; ++i) {
-        EXPECT_TRUE(ShortTickX[i] == NeedleTipX[4 * i] && ShortTickY[i] == NeedleTipY[4 * i]) << i;
         EXPECT_EQ(GaugeTickRed(i, ShortTickRpm, 6500), i >= 33) << i;
         EXPECT_EQ(GaugeTickRed(i, LongTickRpm, 6500), i >= 7) << i;
     }
