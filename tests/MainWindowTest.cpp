@@ -56,7 +56,6 @@ TEST_F(MainWindowStart, ReadsTheIniByTheOrderOfItsItems) {
         {"CR LF", "[Ustawienia]\r\nCommPort= 2\r\nLanguage= cs\r\n", 2, "cs", 5},
         {"one line of other names", "x y 128 z rus", 128, "rus", 3},
         {"empty", "", 0, ""},
-        {"binary", std::string("\x01\xFF\xFE\x7F=\x9C", 6), 0, "\x01\xFF\xFE\x7F=\x9C"},
         {"no number", "[Ustawienia]\nCommPort= \n", 0, "CommPort="},
         {"no language", "[Ustawienia]\nCommPort= 10\nLanguage=\n", 10, "Language="},
         {"port 129", "[U]\nC 129\nL lit\n", 0, "lit", 4},

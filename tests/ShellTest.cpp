@@ -1,5 +1,8 @@
-// Pages, sizes, languages and the keyboard of the menu bar, as their user works them.
+// Pages, sizes, languages, ports, the keyboard of the menu bar and the shell's two dialogs, as their user works them.
+#include <QAbstractItemView>
 #include <QAction>
+#include <QComboBox>
+#include <QFontMetrics>
 #include <QMenu>
 #include <QMenuBar>
 #include <sstream>
@@ -7,10 +10,10 @@
 #include <utility>
 
 #include "User.h"
+#include "link/Link.h"
 #include "platform/linux/Layer.h"
 #include "resources/Ids.h"
 #include "shell/AppState.h"
-#include "shell/Language.h"
 #include "shell/SizeProfiles.h"
 
 namespace {
@@ -19,13 +22,9 @@ namespace {
 constexpr int BarPages[] = {ReadingsPage, ConfigurationPage, OptionsPage, DiagramPage, ResetPage, OscilloscopePage};
 constexpr size_t FirstCaptionLine = 175;
 
-// The items of the bar that are lit in this way.
-std::string lit(const char* way) {
-    std::string texts;
-    for (const QAction* item : menuBar().actions()) {
-        texts += item->property(way).toBool() ? textOf(*item) : "";
-    }
-    return texts;
+void pick(int menu, int item) {
+    choose(menu, item);
+    settle();
 }
 
 void goTo(int position) {
@@ -34,14 +33,13 @@ void goTo(int position) {
     ASSERT_EQ(AppPage, BarPages[position]);
 }
 
-void chooseSize(int profile) {
-    choose(SizeMenu, profile - 1);
-    settle();
-}
-
-void chooseLanguage(int row) {
-    choose(LanguageMenu, row);
-    settle();
+// The items of the bar that are lit in this way.
+std::string lit(const char* way) {
+    std::string texts;
+    for (const QAction* item : menuBar().actions()) {
+        texts += item->property(way).toBool() ? textOf(*item) : "";
+    }
+    return texts;
 }
 
 // The one page over the main window, highlighted on the bar by its item alone.
@@ -61,9 +59,48 @@ std::string placeInParent(HWND window) {
     return text({place.x(), place.y(), place.x() + place.width(), place.y() + place.height()});
 }
 
+// The checked item of the Port menu, 1 to 9 and 10 for the last one, and the last one's text.
+std::string portMark() {
+    return marked(PortItems, MF_CHECKED) + " " + textOf(*menuBar().actions().at(PortMenu)->menu()->actions().last());
+}
+
+HWND portsBox() {
+    return GetDlgItem(openDialogWindow(), IDC_PORTS);
+}
+
+// Opens the port dialog or, from the Information menu, About.
+void inDialog(int menu, std::function<void()> whenShown, const std::vector<Step>& then = {}) {
+    std::vector<Step> steps = {{"menu", always, [=] { choose(menu, menu == PortMenu ? 10 : 0); }},
+                               {"dialog", dialogShown, std::move(whenShown)}};
+    steps.insert(steps.end(), then.begin(), then.end());
+    run(steps);
+}
+
+// The text must be seen whole; it may take as many rows as it has room for.
+void expectFits(const layer::Window& control) {
+    const QFontMetrics metrics(control.outer->font());
+    const QString text = control.outer->property("text").toString();
+    const QSize room = control.outer->size() - QSize(control.kind == layer::Kind::Button ? 6 : 0, 0);
+    const QRect needed = metrics.boundingRect(QRect(0, 0, room.width(), 1000), Qt::TextWordWrap, text);
+    EXPECT_LE(needed.width(), room.width()) << text.toStdString();
+    // A row's empty space below its letters may be cut.
+    EXPECT_TRUE(text.isEmpty() || needed.height() <= room.height() + metrics.descent()) << text.toStdString();
+}
+
 }  // namespace
 
-using Shell = WindowFixture;
+class Shell : public WindowFixture {
+protected:
+    void expectIni(int port, const std::string& language) const {
+        EXPECT_EQ(readFile("Tarvex.ini"),
+                  "[Ustawienia]\nCommPort= " + std::to_string(port) + "\nLanguage= " + language + "\n");
+    }
+    void expectPort(const std::string& name, const std::string& mark, int number) const {
+        EXPECT_EQ(PortName, name);
+        EXPECT_EQ(portMark(), mark);
+        expectIni(number, "ang");
+    }
+};
 
 TEST_F(Shell, EverySizeIsTakenByTheWindowAndTheShowingPage) {
     startIn("ang");
@@ -83,7 +120,7 @@ TEST_F(Shell, EverySizeIsTakenByTheWindowAndTheShowingPage) {
         for (const Row& row : rows) {
             SCOPED_TRACE(std::to_string(page) + " in " + row.size);
             const HWND former = PageWindow;
-            chooseSize(row.profile);
+            pick(SizeMenu, row.profile - 1);
             EXPECT_EQ(SizeProfile, row.profile);
             EXPECT_EQ(marked(SizeItems, MF_CHECKED), std::to_string(row.profile));
             EXPECT_EQ(text(placeOf(MainWindow)), row.corner + std::string(" ") + row.size);
@@ -104,7 +141,7 @@ TEST_F(Shell, EverySizeIsTakenByTheWindowAndTheShowingPage) {
 TEST_F(Shell, EveryPageItemOnTheBarShowsItsPageAndOnlyTheDiagramPutsADraggedWindowBack) {
     startIn("ang");
     expectShowing(0);
-    chooseSize(2);
+    pick(SizeMenu, 1);
     for (const int page : {1, 2, 3, 4, 5, 0, 3}) {
         SCOPED_TRACE(page);
         widgetOf(MainWindow)->move(70, 80);
@@ -137,7 +174,7 @@ TEST_F(Shell, EveryPageItemOnTheBarShowsItsPageAndOnlyTheDiagramPutsADraggedWind
 TEST_F(Shell, EveryLanguageRenewsTextsAndKeepsAllOtherMarks) {
     startIn("ang", 42);
     EnableSizeMenu(3);
-    chooseSize(2);
+    pick(SizeMenu, 1);
     const auto drawn = [] {
         const HDC dc = GetDC(PageWindow);
         SelectObject(dc, LargeFont);
@@ -154,16 +191,15 @@ TEST_F(Shell, EveryLanguageRenewsTextsAndKeepsAllOtherMarks) {
         const auto& [code, fileMenu] = Languages[at];
         SCOPED_TRACE(code);
         goTo(0);
-        chooseLanguage(at);
-        EXPECT_EQ(readFile("Tarvex.ini"), std::string("[Ustawienia]\nCommPort= 42\nLanguage= ") + code + "\n");
+        pick(LanguageMenu, at);
+        expectIni(42, code);
         EXPECT_EQ(textOf(GetDlgItem(PageWindow, IDC_LEARN)), line(33));
         EXPECT_NE(textOf(MainWindow), std::exchange(formerCaption, textOf(MainWindow)));
         const QList<QAction*> bar = menuBar().actions();
         EXPECT_EQ(textOf(*bar.at(FileMenu)), fileMenu);
-        EXPECT_EQ(textOf(*bar.at(PortMenu)->menu()->actions().last()), "...COM 42");
         EXPECT_EQ(marked(LanguageItems, MF_CHECKED), std::to_string(at + 1));
         EXPECT_EQ(marked(SizeItems, MF_GRAYED) + " " + marked(SizeItems, MF_CHECKED), "4 5 2");
-        EXPECT_EQ(marked(PortItems, MF_CHECKED), "10");
+        EXPECT_EQ(portMark(), "10 ...COM 42");
         for (int other = 0; other < 5; ++other) {
             const QImage tag = bar.at(LanguageMenu)->menu()->actions().at(other)->icon().pixmap(14, 12).toImage();
             EXPECT_EQ(tag.pixelColor(0, 0), other == at ? QColor(0, 0, 255) : QColor(128, 128, 128)) << other;
@@ -172,30 +208,16 @@ TEST_F(Shell, EveryLanguageRenewsTextsAndKeepsAllOtherMarks) {
         for (int page = 0; page < 6; ++page) {
             goTo(page);
             const HWND before = PageWindow;
-            chooseLanguage(at);
+            pick(LanguageMenu, at);
             EXPECT_EQ(PageWindow == before, AppPage == ResetPage) << page;
             expectShowing(page);
         }
     }
-}
-
-TEST_F(Shell, ALanguageWhoseFileIsGoneOrUnknownLeavesTheFormerTexts) {
     std::filesystem::remove(folder / "Lang");
-    std::filesystem::copy(LANGUAGE_DIRECTORY, folder / "Lang");
-    startIn("deu");
-    EXPECT_EQ(textOf(*menuBar().actions().first()), "Plik");
-    EXPECT_EQ(textOf(MainWindow), "");
-    EXPECT_EQ(marked(LanguageItems, MF_CHECKED), "1");
-    choose(PortMenu, 3);
-    settle();
-    EXPECT_EQ(readFile("Tarvex.ini"), "[Ustawienia]\nCommPort= 4\nLanguage= deu\n") << "kept until another is chosen";
-    chooseLanguage(1);
-    EXPECT_EQ(readFile("Tarvex.ini"), "[Ustawienia]\nCommPort= 4\nLanguage= ang\n");
     const std::string english = textOf(MainWindow);
-    EXPECT_NE(english, "");
-    std::filesystem::remove(folder / "Lang/Tarvex_lang.pol");
-    chooseLanguage(0);
-    EXPECT_EQ(textOf(MainWindow), english);
+    pick(LanguageMenu, 0);
+    expectIni(42, "pol");
+    EXPECT_EQ(textOf(MainWindow), english) << "a language whose file is gone";
     EXPECT_EQ(textOf(*menuBar().actions().first()), "Plik");
 }
 
@@ -234,4 +256,106 @@ TEST_F(Shell, AltAndLettersChooseOnTheBarAndEscapeLeavesIt) {
     settle();
     EXPECT_EQ(lit("selected"), "Схема");
     press(Qt::Key_Escape);
+}
+
+TEST_F(Shell, MenuAndDialogTakeTheChosenPort) {
+    startIn("ang", 0);
+    inDialog(PortMenu, [] {
+        const QComboBox& box = boxOf(portsBox());
+        ASSERT_EQ(box.count(), 128);
+        for (int row = 0; row < box.count(); ++row) {
+            EXPECT_EQ(box.itemText(row), QStringLiteral("COM %1").arg(row + 1));
+        }
+        EXPECT_EQ(box.currentIndex(), -1);
+        const RECT place = placeOf(openDialogWindow());
+        EXPECT_NEAR(place.left + place.right, 1280, 1);
+        EXPECT_NEAR(place.top + place.bottom, 1024, 1);
+        clickOn(GetDlgItem(openDialogWindow(), IDC_CLOSE));
+    });
+    expectPort("", " ...", 0);
+    const auto listShown = [] { return listOpen(portsBox()); };
+    inDialog(PortMenu, [] { clickOn(portsBox()); },
+             {{"open list", listShown,
+               [] {
+                   EXPECT_LE(layer::openListView()->height(), 200) << "as high as the template says";
+                   clickEntry(127);
+               }},
+              {"choice", [=] { return !listShown(); }, [] { press(Qt::Key_Return); }}});
+    expectPort("\\\\.\\COM128", "10 ...COM 128", 128);
+    inDialog(PortMenu, [] { press(Qt::Key_Home); },
+             {{"first entry", [] { return boxOf(portsBox()).currentIndex() == 0; }, [] { press(Qt::Key_Escape); }}});
+    expectPort("\\\\.\\COM128", "10 ...COM 128", 128);
+    for (const int number : {3, 1, 2, 4, 5, 6, 7, 8, 9}) {
+        pick(PortMenu, number - 1);
+        expectPort("COM" + std::to_string(number) + ":", std::to_string(number) + " ...", number);
+    }
+}
+
+TEST_F(Shell, AChoiceMovesThePollingToTheOtherController) {
+    startOn(4);
+    // At COM 2, of another family.
+    simulator::Config config;
+    config.family = 2;
+    config.wirePace = false;
+    HeldController second(*clock, config, 2);
+    const auto expectPolled = [&](HeldController& taken, HeldController& left, int family) {
+        ASSERT_TRUE(pumpUntil([=] { return LinkLost == 0 && ControllerFamily == family; }));
+        left.clearLog();
+        taken.clearLog();
+        ASSERT_TRUE(pumpUntil([&] { return taken.log().size() > 8; }));
+        EXPECT_TRUE(left.log().empty()) << "the left port is closed";
+    };
+    pick(PortMenu, 1);
+    expectPolled(second, *server, 2);
+    // The same port again is closed and opened anew.
+    inDialog(PortMenu, [] {
+        EXPECT_EQ(boxOf(portsBox()).currentIndex(), 1);
+        press(Qt::Key_Return);
+    });
+    expectPolled(second, *server, 2);
+    pick(PortMenu, 0);
+    expectPolled(*server, second, 4);
+}
+
+TEST_F(Shell, PollingGoesOnBehindThePortDialogAndStopsBehindAbout) {
+    startOn(4);
+    const auto polled = [&] { return server->log().size() > 8; };
+    inDialog(PortMenu, [&] { server->clearLog(); }, {{"frames", polled, [] { press(Qt::Key_Escape); }}});
+    // By its key, before and after a dialog; others that look like it are none of the program's.
+    for (const int leave : {Qt::Key_Return, Qt::Key_Escape}) {
+        type(u'/');
+        press(Qt::Key_F4);
+        press(Qt::Key_F5, Qt::AltModifier);
+        settle();
+        EXPECT_EQ(openDialogWindow(), nullptr);
+        run({{"Alt+/", always, [] { pressAlt(u'/'); }}, {"About", dialogShown, [&] {
+                                                             server->clearLog();
+                                                             SendMessageA(PageWindow, WM_TIMER, 1, 0);
+                                                             EXPECT_TRUE(server->log().empty());
+                                                             press(leave);
+                                                         }}});
+        EXPECT_TRUE(IsWindowEnabled(MainWindow));
+        EXPECT_TRUE(pumpUntil(polled));
+    }
+}
+
+TEST_F(Shell, TextsOfTheDialogsFollowTheLanguageAndFit) {
+    startIn("ang");
+    for (int language = 0; language < 5; ++language) {
+        pick(LanguageMenu, language);
+        std::string texts;
+        for (const int menu : {InformationMenu, PortMenu}) {
+            inDialog(menu, [&] {
+                texts += textOf(openDialogWindow()) + "|";
+                for (const layer::Window* control : layer::find(openDialogWindow())->children) {
+                    expectFits(*control);
+                    texts += (control->id & 0xFFFF) == 0xFFFF ? "" : textOf(control->handle) + "|";
+                }
+                press(Qt::Key_Escape);
+            });
+        }
+        EXPECT_EQ(texts, line(157) + "|" + line(156) + "|" + line(158) + "|" + line(160) + "|RS 232||" + line(160) +
+                             "|Cancel|")
+            << language;
+    }
 }
