@@ -1,6 +1,5 @@
 // The main screen on a living link: what a controller's bytes become on the screen, what goes over the wire, and what
 // faults do.
-#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -71,7 +70,7 @@ protected:
         }
     }
     // The gauge's table space follows the width on both axes.
-    COLORREF needlePixel(const Size& size, unsigned index, double part = 0.6) const {
+    COLORREF needlePixel(const Size& size, unsigned index, double part = 0.9) const {
         const double x = NeedleBaseX[index] + part * (NeedleTipX[index] - NeedleBaseX[index]);
         const double y = NeedleBaseY[index] + part * (NeedleTipY[index] - NeedleBaseY[index]);
         return page(static_cast<int>((495 + x) * size.scaleX), static_cast<int>((40 + y) * size.scaleX));
@@ -126,8 +125,7 @@ TEST_F(MainWindowReadings, ShowTheControllersBytesInPlaceAndColour) {
                            {"status box", 508, {{32, White}, {438, White}}}});
         expectSegment(size, 3);
         EXPECT_EQ(lampPixel(size), Olive);
-        EXPECT_EQ(needlePixel(size, 60, 1), Red) << "needle tip at 3000";
-        EXPECT_EQ(needlePixel(size, 60), Red);
+        EXPECT_EQ(needlePixel(size, 60), Red) << "needle at 3000";
         EXPECT_EQ(needlePixel(size, 60, -0.21), Red) << "hub";
         EXPECT_TRUE(holds(size, ticksFrom6, red) && !holds(size, ticksTo2, red)) << "only above the limit of 6500";
         EXPECT_GT(blackInRow(1), 10);
@@ -152,7 +150,7 @@ TEST_F(MainWindowReadings, ShowTheControllersBytesInPlaceAndColour) {
                            {"former number of the base", 335, {{250, Silver}, {416, Silver}}},
                            {"fuel box", 470, {{493, Green}, {613, Green}}}});
         expectSegment(size, 1);
-        EXPECT_EQ(needlePixel(size, 120, 0.9), Red) << "needle at 6000";
+        EXPECT_EQ(needlePixel(size, 120), Red) << "needle at 6000";
         EXPECT_EQ(needlePixel(size, 60), Black) << "needle gone from 3000";
         EXPECT_TRUE(redInRow(3) > 10 && redInRow(4) > 10);
         EXPECT_TRUE(holds(size, gasOff, reddish) && !holds(size, cutOff, reddish)) << "LPG OFF, not CUT-OFF";
@@ -204,8 +202,6 @@ TEST_F(MainWindowReadings, AreLostByThreeBadIdentitiesAndFoundAgain) {
         EXPECT_EQ(ActiveTimerPeriod, LostLinkPeriod);
         EXPECT_TRUE(redInRow(1) > 10 && blackInRow(3) > 10);
         EXPECT_EQ(redInRow(3) + redInRow(4) + redInRow(5) + blackInRow(4) + blackInRow(5), 0);
-        expectLines(DesignSize, {{"Lambda", 62, {{140, Yellow}, {180, Silver}, {438, Silver}}}});
-        expectSegment(DesignSize, 0);
         EXPECT_EQ(needlePixel(DesignSize, 0), Red) << "needle at 0";
 
         server->clearFaults();
@@ -225,7 +221,6 @@ TEST_F(MainWindowReadings, AreLostByThreeBadIdentitiesAndFoundAgain) {
 TEST_F(MainWindowReadings, LearningStartsAndStopsByTheButtonButNotOnPetrol) {
     startOn(4);
     useProfile(2);
-    ASSERT_EQ(OnGas, 0);
     clickLearn();
     EXPECT_EQ(LearnRequested, 0);
     EXPECT_EQ(written(), "");
