@@ -18,8 +18,7 @@ namespace {
 
 constexpr UINT Pages[] = {IDM_READINGS, IDM_CONFIGURATION, IDM_OPTIONS, IDM_DIAGRAM, IDM_RESET, IDM_OSCILLOSCOPE};
 
-// What shows over which page, by a command or else by its procedure, with the language line that its caption begins
-// with; 0 for the one that has none.
+// Opened by a command or else by their procedure; the caption begins with a language line, if there is one.
 struct DialogRow {
     UINT page, command;
     void (*open)();
@@ -66,7 +65,6 @@ TEST_F(Hammer, VisitsToEveryPageAndDialogLeaveNothingBehind) {
     plugController(4);
     simulator::Config config;
     config.family = 2;
-    config.wirePace = false;
     HeldController second(*clock, config, 2);
     second.addFault({simulator::FaultKind::LostByte, 0.05});
     second.addFault({simulator::FaultKind::HangUp, 0.05});

@@ -1,5 +1,4 @@
-// The main screen on a living link: what a controller's bytes become on the screen, what goes over the wire, and what
-// faults do.
+// The main screen on a living link: what bytes become on the screen, what goes over the wire, and what faults do.
 #include <string>
 #include <vector>
 
@@ -167,7 +166,6 @@ TEST_F(MainWindowReadings, ShowTheControllersBytesInPlaceAndColour) {
 
 TEST_F(MainWindowReadings, PollIdentityAndLiveAndEveryFourthTimeAllButAForeignFamilyForItsNameAlone) {
     startOn(3);
-    EXPECT_GT(redInRow(1), 10);
     OnGas = 1;  // as an earlier controller may have left it
     clickLearn();
     EXPECT_EQ(LearnRequested, 0);

@@ -42,7 +42,6 @@ class LanguagesTest(unittest.TestCase):
         for code, page in (("pol", 1250), ("rus", 1251), ("lit", 1250), ("cs", 1250)):
             built = (self.out / f"Tarvex_lang.{code}").read_bytes()
             self.assertEqual(built.decode(f"cp{page}"), (self.source / f"{code}.txt").read_bytes().decode())
-            self.assertEqual((built.count(b"\n"), built.count(b"\r")), (203, 0))
         self.assertIn(b"=" + b"a" * 127 + b"\n", (self.out / "Tarvex_lang.ang").read_bytes())
 
     def test_a_slip_is_refused_at_its_place_and_nothing_is_written(self):
