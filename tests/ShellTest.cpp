@@ -1,136 +1,137 @@
-// Pages, sizes, languages and the keyboard of the menu bar, as their user works them.
+// Pages, sizes, languages, ports, the keyboard of the menu bar and the shell's two dialogs, as their user works them.
+#include <QAbstractItemView>
 #include <QAction>
+#include <QComboBox>
+#include <QFontMetrics>
 #include <QMenu>
 #include <QMenuBar>
-#include <QTest>
-#include <algorithm>
-#include <array>
+#include <sstream>
 #include <string>
 #include <utility>
 
 #include "User.h"
+#include "link/Link.h"
 #include "platform/linux/Layer.h"
 #include "resources/Ids.h"
 #include "shell/AppState.h"
-#include "shell/Language.h"
 #include "shell/SizeProfiles.h"
 
 namespace {
 
-// In the order of the bar and of their captions' lines.
-struct PageItem {
-    UINT item;
-    int page;
-};
-constexpr PageItem PageItems[] = {{IDM_READINGS, ReadingsPage}, {IDM_CONFIGURATION, ConfigurationPage},
-                                  {IDM_OPTIONS, OptionsPage},   {IDM_DIAGRAM, DiagramPage},
-                                  {IDM_RESET, ResetPage},       {IDM_OSCILLOSCOPE, OscilloscopePage}};
-constexpr size_t FirstCaptionLine = 175;
+// In the order of the bar and of their captions' lines, from 175 on.
+constexpr int BarPages[] = {ReadingsPage, ConfigurationPage, OptionsPage, DiagramPage, ResetPage, OscilloscopePage};
 
-// In the order of the menu: the code and the first item of the bar.
-constexpr const char* Languages[][2] = {
-    {"pol", "Plik"}, {"ang", "File"}, {"rus", "Файл"}, {"lit", "Failas"}, {"cs", "Soubor"}};
-constexpr int Russian = 2;
+void pick(int menu, int item) {
+    choose(menu, item);
+    settle();
+}
 
-// The highlighted items of the bar.
-std::string highlighted() {
+void goTo(int position) {
+    clickOnBar(FirstPageItem + position);
+    settle();
+    ASSERT_EQ(AppPage, BarPages[position]);
+}
+
+// The items of the bar that are lit in this way.
+std::string lit(const char* way) {
     std::string texts;
     for (const QAction* item : menuBar().actions()) {
-        texts += item->property("highlighted").toBool() ? textOf(*item) : "";
+        texts += item->property(way).toBool() ? textOf(*item) : "";
     }
     return texts;
 }
 
-// The item of the bar that the keyboard is at.
-std::string lit() {
-    settle();
-    const QList<QAction*> items = menuBar().actions();
-    const auto item =
-        std::ranges::find_if(items, [](const QAction* one) { return one->property("selected").toBool(); });
-    return item == items.end() ? "" : textOf(**item);
-}
-
-int barPositionOf(int page) {
-    const auto* item = std::ranges::find(PageItems, page, &PageItem::page);
-    return FirstPageItem + static_cast<int>(item - std::begin(PageItems));
-}
-
 // The one page over the main window, highlighted on the bar by its item alone.
-void expectShowing(const PageItem& expected) {
-    EXPECT_EQ(AppPage, expected.page);
-    EXPECT_EQ(textOf(MainWindow), line(FirstCaptionLine + static_cast<size_t>(&expected - PageItems)));
+void expectShowing(int position) {
+    EXPECT_EQ(AppPage, BarPages[position]);
+    EXPECT_EQ(textOf(MainWindow), line(175 + static_cast<size_t>(position)));
     EXPECT_NE(textOf(MainWindow), "");
     const auto& children = layer::find(MainWindow)->children;
     ASSERT_EQ(children.size(), 1u);
     EXPECT_EQ(children[0]->handle, PageWindow);
     EXPECT_TRUE(IsWindowVisible(PageWindow));
-    EXPECT_EQ(highlighted(), textOf(*menuBar().actions().at(barPositionOf(expected.page))));
+    EXPECT_EQ(lit("highlighted"), textOf(*menuBar().actions().at(FirstPageItem + position)));
+}
+
+std::string placeInParent(HWND window) {
+    const QRect place = widgetOf(window)->geometry();
+    return text({place.x(), place.y(), place.x() + place.width(), place.y() + place.height()});
+}
+
+// The checked item of the Port menu, 1 to 9 and 10 for the last one, and the last one's text.
+std::string portMark() {
+    return marked(PortItems, MF_CHECKED) + " " + textOf(*menuBar().actions().at(PortMenu)->menu()->actions().last());
+}
+
+HWND portsBox() {
+    return GetDlgItem(openDialogWindow(), IDC_PORTS);
+}
+
+// Opens the port dialog or, from the Information menu, About.
+void inDialog(int menu, std::function<void()> whenShown, const std::vector<Step>& then = {}) {
+    std::vector<Step> steps = {{"menu", always, [=] { choose(menu, menu == PortMenu ? 10 : 0); }},
+                               {"dialog", dialogShown, std::move(whenShown)}};
+    steps.insert(steps.end(), then.begin(), then.end());
+    run(steps);
+}
+
+// The text must be seen whole; it may take as many rows as it has room for.
+void expectFits(const layer::Window& control) {
+    const QFontMetrics metrics(control.outer->font());
+    const QString text = control.outer->property("text").toString();
+    const QSize room = control.outer->size() - QSize(control.kind == layer::Kind::Button ? 6 : 0, 0);
+    const QRect needed = metrics.boundingRect(QRect(0, 0, room.width(), 1000), Qt::TextWordWrap, text);
+    EXPECT_LE(needed.width(), room.width()) << text.toStdString();
+    // A row's empty space below its letters may be cut.
+    EXPECT_TRUE(text.isEmpty() || needed.height() <= room.height() + metrics.descent()) << text.toStdString();
 }
 
 }  // namespace
 
 class Shell : public WindowFixture {
 protected:
-    static void goTo(int page) {
-        clickOnBar(barPositionOf(page));
-        settle();
-        ASSERT_EQ(AppPage, page);
+    void expectIni(int port, const std::string& language) const {
+        EXPECT_EQ(readFile("Tarvex.ini"),
+                  "[Ustawienia]\nCommPort= " + std::to_string(port) + "\nLanguage= " + language + "\n");
     }
-    static void chooseSize(int profile) {
-        choose(SizeMenu, profile - 1);
-        settle();
-    }
-    static void chooseLanguage(int row) {
-        choose(LanguageMenu, row);
-        settle();
+    void expectPort(const std::string& name, const std::string& mark, int number) const {
+        EXPECT_EQ(PortName, name);
+        EXPECT_EQ(portMark(), mark);
+        expectIni(number, "ang");
     }
 };
 
-TEST_F(Shell, TheHighlightComesBackWhenAMenuCloses) {
-    startIn("ang");
-    goTo(OptionsPage);
-    for (const int menu : {FileMenu, PortMenu, SizeMenu, LanguageMenu, InformationMenu}) {
-        clickOnBar(menu);
-        ASSERT_TRUE(popup()) << menu;
-        settle();
-        HiliteMenuItem(MainWindow, MainMenu, IDM_OPTIONS, MF_UNHILITE);
-        press(Qt::Key_Escape);
-        settle();
-        EXPECT_FALSE(popup());
-        EXPECT_EQ(highlighted(), "") << "the bar still has the keyboard";
-        press(Qt::Key_Escape);
-        settle();
-        EXPECT_EQ(highlighted(), "Options") << menu;
-    }
-}
-
 TEST_F(Shell, EverySizeIsTakenByTheWindowAndTheShowingPage) {
     startIn("ang");
-    const std::pair<int, std::string> rows[] = {{1, "320,287 640x450"},
-                                                {4, "0,0 1280x930"},
-                                                {3, "128,143 1024x738"},
-                                                {2, "240,227 800x570"},
-                                                {5, "0,0 1280x994"}};
-    const auto sizeOf = [](const std::string& place) { return place.substr(place.find(' ')); };
-    for (const PageItem& page : PageItems) {
-        goTo(page.page);
-        const std::string ofTemplate = text(placeOf(PageWindow));
-        std::array<int, 5> letters{};
-        for (const auto& [profile, place] : rows) {
-            SCOPED_TRACE(std::to_string(page.page) + " in " + place);
+    struct Row {
+        int profile;
+        const char *corner, *size, *learnButton;
+        int letters;  // of the two pages with a dialog for each size
+    };
+    const Row rows[] = {{1, "320,287", "640x450", "540,358 71x30", 13},
+                        {4, "0,0", "1280x930", "1100,780 120x75", 24},
+                        {3, "128,143", "1024x738", "875,610 105x60", 19},
+                        {2, "240,227", "800x570", "685,465 80x40", 16},
+                        {5, "0,0", "1280x994", "1100,840 120x75", 24}};
+    for (int page = 0; page < 6; ++page) {
+        goTo(page);
+        const std::string asMade = text(placeOf(PageWindow));
+        for (const Row& row : rows) {
+            SCOPED_TRACE(std::to_string(page) + " in " + row.size);
             const HWND former = PageWindow;
-            chooseSize(profile);
-            EXPECT_EQ(SizeProfile, profile);
-            EXPECT_EQ(text(placeOf(MainWindow)), place);
-            EXPECT_EQ(sizeOf(text(placeOf(PageWindow))), sizeOf(page.page == OscilloscopePage ? ofTemplate : place));
-            EXPECT_EQ(PageWindow == former, page.page == ResetPage) << "only the Reset page stays";
-            EXPECT_EQ(marked(SizeItems, MF_CHECKED), std::to_string(profile));
+            pick(SizeMenu, row.profile - 1);
+            EXPECT_EQ(marked(SizeItems, MF_CHECKED), std::to_string(row.profile));
+            EXPECT_EQ(text(placeOf(MainWindow)), row.corner + std::string(" ") + row.size);
+            EXPECT_TRUE(text(placeOf(PageWindow))
+                            .ends_with(AppPage == OscilloscopePage ? asMade.substr(asMade.find(' ')) : row.size));
+            EXPECT_EQ(PageWindow == former, AppPage == ResetPage) << "only the Reset page stays";
+            if (AppPage == ReadingsPage) {
+                EXPECT_EQ(placeInParent(PageWindow), std::string("-5,-10 ") + row.size);
+                EXPECT_EQ(placeInParent(GetDlgItem(PageWindow, IDC_LEARN)), row.learnButton);
+            } else if (AppPage == ConfigurationPage || AppPage == OptionsPage) {
+                EXPECT_EQ(layer::find(PageWindow)->font.pixelSize(), row.letters);
+            }
             expectShowing(page);
-            letters[static_cast<size_t>(profile - 1)] = layer::find(PageWindow)->font.pixelSize();
-        }
-        // The two pages with a dialog for each size have letters that grow with it.
-        if (page.page == ConfigurationPage || page.page == OptionsPage) {
-            EXPECT_EQ(letters, (std::array{13, 16, 19, 24, 24})) << page.page;
         }
     }
 }
@@ -150,48 +151,43 @@ TEST_F(Shell, AClickInTheSilenceOfALostReplyWaitsForItsEnd) {
     EXPECT_TRUE(pumpUntil([] { return AppPage == OptionsPage; }, 0.5));
 }
 
-TEST_F(Shell, AGreySizeCannotBeChosen) {
-    startIn("ang");
-    for (const auto& [allowed, grey] :
-         {std::pair{1, "2 3 4 5"}, {3, "4 5"}, {4, "5"}, {5, ""}, {2, "3 4 5"}, {6, "3 4 5"}}) {
-        EnableSizeMenu(allowed);
-        EXPECT_EQ(marked(SizeItems, MF_GRAYED), grey) << allowed;
-    }
-    chooseSize(2);
-    chooseSize(3);
-    EXPECT_EQ(SizeProfile, 2);
-    press(Qt::Key_Escape);
-    settle();
-    ASSERT_FALSE(popup());
-    chooseSize(1);
-    EXPECT_EQ(SizeProfile, 1);
-}
-
 TEST_F(Shell, EveryPageItemOnTheBarShowsItsPageAndOnlyTheDiagramPutsADraggedWindowBack) {
     startIn("ang");
-    expectShowing(PageItems[0]);
-    chooseSize(2);
-    for (const int at : {1, 2, 3, 4, 5, 0, 3}) {
-        SCOPED_TRACE(at);
-        const PageItem& page = PageItems[at];
+    expectShowing(0);
+    pick(SizeMenu, 1);
+    for (const int page : {1, 2, 3, 4, 5, 0, 3}) {
+        SCOPED_TRACE(page);
         widgetOf(MainWindow)->move(70, 80);
         settle();
         const HWND former = PageWindow;
-        goTo(page.page);
+        goTo(page);
         EXPECT_FALSE(IsWindow(former));
-        EXPECT_EQ(text(placeOf(MainWindow)), page.page == DiagramPage ? "240,227 800x570" : "70,80 800x570");
+        EXPECT_EQ(text(placeOf(MainWindow)), AppPage == DiagramPage ? "240,227 800x570" : "70,80 800x570");
         const HWND shown = PageWindow;
-        HiliteMenuItem(MainWindow, MainMenu, page.item, MF_UNHILITE);
-        goTo(page.page);
+        HiliteMenuItem(MainWindow, MainMenu, IDM_OPTIONS, MF_HILITE);
+        goTo(page);
         EXPECT_EQ(PageWindow, shown) << "the showing page is left alone";
         expectShowing(page);
+    }
+    for (const int menu : {FileMenu, PortMenu, SizeMenu, LanguageMenu, InformationMenu}) {
+        clickOnBar(menu);
+        ASSERT_TRUE(popup()) << menu;
+        settle();
+        HiliteMenuItem(MainWindow, MainMenu, IDM_DIAGRAM, MF_UNHILITE);
+        press(Qt::Key_Escape);
+        settle();
+        EXPECT_FALSE(popup());
+        EXPECT_EQ(lit("highlighted"), "") << "the bar still has the keyboard";
+        press(Qt::Key_Escape);
+        settle();
+        EXPECT_EQ(lit("highlighted"), "Diagram") << menu;
     }
 }
 
 TEST_F(Shell, EveryLanguageRenewsTextsAndKeepsAllOtherMarks) {
     startIn("ang", 42);
     EnableSizeMenu(3);
-    chooseSize(2);
+    pick(SizeMenu, 1);
     const auto drawn = [] {
         const HDC dc = GetDC(PageWindow);
         SelectObject(dc, LargeFont);
@@ -200,96 +196,163 @@ TEST_F(Shell, EveryLanguageRenewsTextsAndKeepsAllOtherMarks) {
         return snapshot(PageWindow, {20, 20, 120, 90});
     };
     const auto latin = drawn();
+    // In the order of the menu: the code and the first item of the bar.
+    constexpr const char* Languages[][2] = {
+        {"pol", "Plik"}, {"ang", "File"}, {"rus", "Файл"}, {"lit", "Failas"}, {"cs", "Soubor"}};
     std::string formerCaption;
     for (const int at : {0, 2, 3, 4, 1}) {
         const auto& [code, fileMenu] = Languages[at];
         SCOPED_TRACE(code);
-        goTo(ReadingsPage);
-        chooseLanguage(at);
-        EXPECT_EQ(readFile("Tarvex.ini"), std::string("[Ustawienia]\nCommPort= 42\nLanguage= ") + code + "\n");
+        goTo(0);
+        pick(LanguageMenu, at);
+        expectIni(42, code);
         EXPECT_EQ(textOf(GetDlgItem(PageWindow, IDC_LEARN)), line(33));
         EXPECT_NE(textOf(MainWindow), std::exchange(formerCaption, textOf(MainWindow)));
         const QList<QAction*> bar = menuBar().actions();
         EXPECT_EQ(textOf(*bar.at(FileMenu)), fileMenu);
-        const QList<QAction*> languages = bar.at(LanguageMenu)->menu()->actions();
         EXPECT_EQ(marked(LanguageItems, MF_CHECKED), std::to_string(at + 1));
+        EXPECT_EQ(marked(SizeItems, MF_GRAYED) + " " + marked(SizeItems, MF_CHECKED), "4 5 2");
+        EXPECT_EQ(portMark(), "10 ...COM 42");
         for (int other = 0; other < 5; ++other) {
-            const QImage tag = languages.at(other)->icon().pixmap(14, 12).toImage();
+            const QImage tag = bar.at(LanguageMenu)->menu()->actions().at(other)->icon().pixmap(14, 12).toImage();
             EXPECT_EQ(tag.pixelColor(0, 0), other == at ? QColor(0, 0, 255) : QColor(128, 128, 128)) << other;
         }
-        EXPECT_EQ(marked(SizeItems, MF_GRAYED) + " " + marked(SizeItems, MF_CHECKED), "4 5 2");
-        EXPECT_EQ(marked(PortItems, MF_CHECKED), "10");
-        EXPECT_EQ(textOf(*bar.at(PortMenu)->menu()->actions().last()), "...COM 42");
-        EXPECT_EQ(drawn() != latin, at == Russian);
-        for (const PageItem& page : PageItems) {
-            goTo(page.page);
+        EXPECT_EQ(drawn() != latin, std::string(code) == "rus");
+        for (int page = 0; page < 6; ++page) {
+            goTo(page);
             const HWND before = PageWindow;
-            chooseLanguage(at);
-            EXPECT_EQ(PageWindow == before, page.page == ResetPage) << page.page;
+            pick(LanguageMenu, at);
+            EXPECT_EQ(PageWindow == before, AppPage == ResetPage) << page;
             expectShowing(page);
         }
     }
-}
-
-TEST_F(Shell, ALanguageWhoseFileIsGoneOrUnknownLeavesTheFormerTexts) {
     std::filesystem::remove(folder / "Lang");
-    std::filesystem::copy(LANGUAGE_DIRECTORY, folder / "Lang");
-    startIn("deu");
-    EXPECT_EQ(textOf(*menuBar().actions().first()), "Plik");
-    EXPECT_EQ(textOf(MainWindow), "");
-    EXPECT_EQ(marked(LanguageItems, MF_CHECKED), "1");
-    choose(PortMenu, 3);
-    settle();
-    EXPECT_EQ(readFile("Tarvex.ini"), "[Ustawienia]\nCommPort= 4\nLanguage= deu\n") << "kept until another is chosen";
-    chooseLanguage(1);
-    EXPECT_EQ(readFile("Tarvex.ini"), "[Ustawienia]\nCommPort= 4\nLanguage= ang\n");
     const std::string english = textOf(MainWindow);
-    EXPECT_NE(english, "");
-    std::filesystem::remove(folder / "Lang/Tarvex_lang.pol");
-    chooseLanguage(0);
-    EXPECT_EQ(textOf(MainWindow), english);
+    pick(LanguageMenu, 0);
+    expectIni(42, "pol");
+    EXPECT_EQ(textOf(MainWindow), english) << "a language whose file is gone";
     EXPECT_EQ(textOf(*menuBar().actions().first()), "Plik");
-    EXPECT_STREQ(LangCode.data(), "pol");
 }
 
 TEST_F(Shell, AltAndLettersChooseOnTheBarAndEscapeLeavesIt) {
     startIn("ang");
-    // What the keyboard is at, the first item of the open popup, the page.
-    const auto expectAt = [](const std::string& item, const std::string& open, int page) {
-        EXPECT_EQ(lit(), item);
-        EXPECT_EQ(popup() ? textOf(*popup()->actions().first()) : "", open) << item;
-        EXPECT_EQ(AppPage, page) << item;
+    struct Row {
+        const char *keys, *item, *firstEntry;  // where the keyboard is, what its popup begins with
+        int page;
     };
-    // Reset and Readings share their first letter, Port and Diagram have one of their own.
-    pressAlt(u'd');
-    expectAt("", "", DiagramPage);
-    pressAlt(u'p');
-    expectAt("Port", "COM 1", DiagramPage);
-    press(Qt::Key_Escape);
-    press(Qt::Key_Escape);
-    expectAt("", "", DiagramPage);
-    pressAlt(u'r');
-    expectAt("Readings", "", DiagramPage);
-    type(u'r');
-    expectAt("Reset", "", DiagramPage);
-    press(Qt::Key_Return);
-    expectAt("", "", ResetPage);
-    pressAlt(u'q');
-    expectAt("", "", ResetPage);
-    press(Qt::Key_Alt);
-    expectAt("File", "", ResetPage);
-    press(Qt::Key_Escape);
-    expectAt("", "", ResetPage);
-    EXPECT_EQ(highlighted(), "Reset");
-    // In an open popup a letter chooses its item.
-    pressAlt(u's');
-    expectAt("Size", "640x480", ResetPage);
-    type(u'8');
-    expectAt("", "", ResetPage);
+    // Reset and Readings share their first letter, Port and Diagram have one of their own; none has q.
+    for (const Row& row :
+         {Row{"Alt+d", "", "", DiagramPage}, Row{"Alt+p", "Port", "COM 1", DiagramPage},
+          Row{"Escape Escape", "", "", DiagramPage}, Row{"Alt+r", "Readings", "", DiagramPage},
+          Row{"r", "Reset", "", DiagramPage}, Row{"Enter", "", "", ResetPage}, Row{"Alt+q", "", "", ResetPage},
+          Row{"Alt", "File", "", ResetPage}, Row{"Escape", "", "", ResetPage},
+          Row{"Alt+s", "Size", "640x480", ResetPage}, Row{"8", "", "", ResetPage}}) {
+        std::istringstream keys(row.keys);
+        for (std::string key; keys >> key;) {
+            const auto letter = static_cast<char16_t>(key.back());
+            key == "Escape"  ? press(Qt::Key_Escape)
+            : key == "Enter" ? press(Qt::Key_Return)
+            : key == "Alt"   ? press(Qt::Key_Alt)
+            : key.size() > 1 ? pressAlt(letter)
+                             : type(letter);
+        }
+        settle();
+        EXPECT_EQ(lit("selected"), row.item) << row.keys;
+        EXPECT_EQ(popup() ? textOf(*popup()->actions().first()) : "", row.firstEntry) << row.keys;
+        EXPECT_EQ(AppPage, row.page) << row.keys;
+    }
+    EXPECT_EQ(lit("highlighted"), "Reset");
     EXPECT_EQ(SizeProfile, 2);
     SendMessageA(MainWindow, WM_COMMAND, IDM_LANGUAGE_RUSSIAN, 0);
     settle();
     pressAlt(u'\u0441');  // Схема and Сброс
-    expectAt("Схема", "", ResetPage);
-    press(Qt::Key_Escape);
+    settle();
+    EXPECT_EQ(lit("selected"), "Схема");
+}
+
+TEST_F(Shell, MenuAndDialogTakeTheChosenPort) {
+    startIn("ang", 0);
+    inDialog(PortMenu, [] {
+        const QComboBox& box = boxOf(portsBox());
+        ASSERT_EQ(box.count(), 128);
+        for (int row = 0; row < box.count(); ++row) {
+            EXPECT_EQ(box.itemText(row), QStringLiteral("COM %1").arg(row + 1));
+        }
+        const RECT place = placeOf(openDialogWindow());
+        EXPECT_NEAR(place.left + place.right, 1280, 1);
+        EXPECT_NEAR(place.top + place.bottom, 1024, 1);
+        clickOn(GetDlgItem(openDialogWindow(), IDC_CLOSE));
+    });
+    expectPort("", " ...", 0);
+    const auto listShown = [] { return listOpen(portsBox()); };
+    inDialog(PortMenu, [] { clickOn(portsBox()); },
+             {{"open list", listShown,
+               [] {
+                   EXPECT_LE(layer::openListView()->height(), 200) << "as high as the template says";
+                   clickEntry(127);
+               }},
+              {"choice", [=] { return !listShown(); }, [] { press(Qt::Key_Return); }}});
+    expectPort("\\\\.\\COM128", "10 ...COM 128", 128);
+    inDialog(PortMenu, [] { press(Qt::Key_Home); },
+             {{"first entry", [] { return boxOf(portsBox()).currentIndex() == 0; }, [] { press(Qt::Key_Escape); }}});
+    expectPort("\\\\.\\COM128", "10 ...COM 128", 128);
+    for (const int number : {3, 1, 2, 4, 5, 6, 7, 8, 9}) {
+        pick(PortMenu, number - 1);
+        expectPort("COM" + std::to_string(number) + ":", std::to_string(number) + " ...", number);
+    }
+}
+
+TEST_F(Shell, AChoiceClosesTheFormerPortAndPollsTheOtherController) {
+    startOn(4);
+    simulator::Config config;
+    config.family = 2;
+    HeldController second(*clock, config, 2);
+    const auto expectFound = [&](int family) {
+        EXPECT_TRUE(pumpUntil([=] { return LinkLost == 0 && ControllerFamily == family; }));
+        EXPECT_TRUE(server->isOpen() == (family == 4) && second.isOpen() == (family == 2));
+    };
+    pick(PortMenu, 1);
+    expectFound(2);
+    inDialog(PortMenu, [] {
+        press(Qt::Key_Home);
+        press(Qt::Key_Return);
+    });
+    expectFound(4);
+    pick(PortMenu, 2);
+    EXPECT_TRUE(pumpUntil([] { return LinkLost == 1; }));
+    EXPECT_FALSE(server->isOpen() || second.isOpen());
+}
+
+TEST_F(Shell, OnlyAltAndSlashOpensAboutBeforeAndAfterADialog) {
+    startIn("ang");
+    for (const int leave : {Qt::Key_Return, Qt::Key_Escape}) {
+        type(u'/');
+        press(Qt::Key_F4);
+        press(Qt::Key_F5, Qt::AltModifier);
+        settle();
+        EXPECT_EQ(openDialogWindow(), nullptr);
+        run({{"Alt+/", always, [] { pressAlt(u'/'); }},
+             {"About", [] { return dialogShown() && DialogPause == 1; }, [=] { press(leave); }}});
+    }
+}
+
+TEST_F(Shell, TextsOfTheDialogsFollowTheLanguageAndFit) {
+    startIn("ang");
+    for (int language = 0; language < 5; ++language) {
+        pick(LanguageMenu, language);
+        std::string texts;
+        for (const int menu : {InformationMenu, PortMenu}) {
+            inDialog(menu, [&] {
+                texts += textOf(openDialogWindow()) + "|";
+                for (const layer::Window* control : layer::find(openDialogWindow())->children) {
+                    expectFits(*control);
+                    texts += (control->id & 0xFFFF) == 0xFFFF ? "" : textOf(control->handle) + "|";
+                }
+                press(Qt::Key_Escape);
+            });
+        }
+        EXPECT_EQ(texts, line(157) + "|" + line(156) + "|" + line(158) + "|" + line(160) + "|RS 232||" + line(160) +
+                             "|Cancel|")
+            << language;
+    }
 }
