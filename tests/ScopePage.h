@@ -92,16 +92,14 @@ protected:
         }
         return found;
     }
-    static int bandHeight() {
-        return countIn(0, 1, CLR_INVALID);
-    }
     // One line of this colour stands in the panels, a pixel wide and as high as the bands.
     static void expectOnlyLine(int designX, COLORREF colour) {
-        EXPECT_EQ(countIn(x(designX), x(designX) + 1, colour), bandHeight()) << designX;
-        EXPECT_EQ(countIn(x(198) + 1, x(600) - 1, colour, true), bandHeight()) << designX;
+        const int height = countIn(0, 1, CLR_INVALID);
+        EXPECT_EQ(countIn(x(designX), x(designX) + 1, colour), height) << designX;
+        EXPECT_EQ(countIn(x(198) + 1, x(600) - 1, colour, true), height) << designX;
     }
     static bool whiteFrom(int left, int right) {
-        return countIn(left, right, White) == bandHeight() * (right - left);
+        return countIn(left, right, White) == countIn(left, right, CLR_INVALID);
     }
     // Whether this text stands there: drawing it once more changes nothing.
     static bool reads(int designX, int designY, const std::string& text, HFONT font = LargeFont,

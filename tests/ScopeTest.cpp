@@ -14,35 +14,34 @@ const std::string FirstRound = Round + ", 65 03 03 6B";
 TEST_F(Scope, ScalesEachSignalToItsPanel) {
     startOn(4);
     openScope();
-    const auto expectScaled = [](ScopeTrace trace, unsigned byte, int raw, int value) {
-        L[byte] = static_cast<BYTE>(raw);
-        SweepPos = 299;
-        SweepStep();
-        EXPECT_EQ(Baselines[trace] - ScopePoints[trace][100].y, value) << "trace " << trace << ", raw " << raw;
+    struct Row {
+        ScopeTrace trace;
+        unsigned byte;
+        int shift;  // of the sensor's type in its byte
+        Ids types;
+        std::vector<std::array<int, 2>> values;  // raw and scaled
     };
-    using Rows = std::vector<std::array<int, 2>>;
-    const Rows gains[] = {{{0, 0}, {1, 1}, {51, 76}, {53, 79}, {54, 80}, {100, 80}, {255, 80}},
-                          {{0, 0}, {3, 0}, {4, 1}, {51, 15}, {54, 16}, {100, 30}, {255, 76}}};
-    const std::array<int, 3> throttles[] = {{0, 0, 82}, {5, 2, 81}, {10, 3, 79}, {100, 32, 50}, {255, 82, 0}};
-    for (int type = 0; type <= 15; ++type) {
-        SCOPED_TRACE("type " + std::to_string(type));
-        A[2] = static_cast<BYTE>(type << 4);
-        for (const auto& [raw, value] : gains[type == 0 ? 0 : 1]) {
-            expectScaled(TraceLambda, 2, raw, value);
+    const Row rows[] = {
+        {TraceLambda, 2, 4, {0}, {{0, 0}, {1, 1}, {51, 76}, {53, 79}, {54, 80}, {100, 80}, {255, 80}}},
+        {TraceLambda, 2, 4, {1, 2, 3, 4, 5, 6, 7, 8, 15}, {{0, 0}, {3, 0}, {4, 1}, {51, 15}, {54, 16}, {255, 76}}},
+        {TraceTps, 1, 0, {0, 2, 4, 6, 7, 8, 10, 12, 14, 15}, {{0, 0}, {5, 2}, {10, 3}, {100, 32}, {255, 82}}},
+        {TraceTps, 1, 0, {1, 3, 5, 9, 11, 13}, {{0, 82}, {5, 81}, {10, 79}, {100, 50}, {255, 0}}},
+        {TraceAtt, 3, 0, {0}, {{0, 0}, {2, 0}, {3, 1}, {254, 84}, {255, 85}}},
+        {TraceAttInit, 4, 0, {0}, {{0, 0}, {2, 0}, {3, 1}, {254, 84}, {255, 85}}},
+        {TraceRpm, 5, 0, {0}, {{0, 0}, {65280, 0}, {65279, 2}, {2158, 69}, {1875, 80}, {1851, 80}, {1, 80}}},
+    };
+    for (const Row& row : rows) {
+        for (const int type : row.types) {
+            for (const auto& [raw, value] : row.values) {
+                A[2] = static_cast<BYTE>(type << row.shift);
+                L[6] = HighByte(static_cast<unsigned>(raw));
+                L[row.byte] = LowByte(static_cast<unsigned>(raw));
+                SweepPos = 299;
+                SweepStep();
+                EXPECT_EQ(Baselines[row.trace] - ScopePoints[row.trace][100].y, value)
+                    << "trace " << row.trace << ", type " << type << ", raw " << raw;
+            }
         }
-        A[2] = static_cast<BYTE>(type);
-        const bool reversed = Ids{1, 3, 5, 9, 11, 13}.contains(type);
-        for (const auto& [raw, upright, turned] : throttles) {
-            expectScaled(TraceTps, 1, raw, reversed ? turned : upright);
-        }
-    }
-    for (const auto& [raw, value] : Rows{{0, 0}, {2, 0}, {3, 1}, {254, 84}, {255, 85}}) {
-        expectScaled(TraceAtt, 3, raw, value);
-        expectScaled(TraceAttInit, 4, raw, value);
-    }
-    for (const auto& [period, value] : Rows{{0, 0}, {65280, 0}, {65279, 2}, {2158, 69}, {1875, 80}, {1, 80}}) {
-        L[6] = HighByte(static_cast<unsigned>(period));
-        expectScaled(TraceRpm, 5, period & 0xFF, value);
     }
 }
 

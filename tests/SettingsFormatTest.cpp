@@ -9,21 +9,16 @@
 
 namespace {
 
-const std::string Gen1Text =
-    "[Tarve_X]\nVersion=1.2\n[Configuration]\n"
-    "Options= 1\nLambdaType= 2\nLambdaPoint= 3\nLambdaDelay= 4\nEmulType= 5\nEmulBJ_TimeHi= 6\nEmulBJ_TimeLo= 7\n"
-    "EmulDO_TimeHi= 8\nEmulDO_TimeLo= 9\nInjectDelay= 10\nLPGOnTemp= 11\nAttMax= 101\nAttMin= 102\nAttInit= 77\n"
-    "TPSJump= 103\nAttJump= 104\nLPGOnRPMLo= 105\nLPGOnRPMHi= 106\nIgnitionType= 107\nCutOffRPMLo= 108\n"
-    "CutOffRPMHi= 109\nCutOffSteps= 110\nLPGOffRPMLo= 111\nLPGOffRPMHi= 112\nTPSInert= 12\nAttMax_BJ= 113\n"
-    "AttMin_BJ= 114\nOtwarcie_GAZU= 13\n";
-
-const std::string Gen2Text =
-    "[Tarve_X2]\nVersion=4\n[Configuration]\n"
-    "Options= 1\nLambdaType= 2\nLambdaPoint= 3\nLambdaDelay= 4\nEmulType= 5\nEmulBJ_TimeHi= 6\nEmulBJ_TimeLo= 7\n"
-    "ZAM_OTW_BJ= 206\nZAM_OTW_DO= 207\nInjectDelay= 10\nLPGOnTemp= 11\nAttMax= 101\nAttMin= 102\nAttInit= 77\n"
-    "TPSJump= 103\nAttJump= 104\nLPGOnRPMLo= 105\nLPGOnRPMHi= 106\nIgnitionType= 107\nCutOffRPMLo= 108\n"
-    "CutOffRPMHi= 109\nCutOffSteps= 110\nLPGOffRPMLo= 111\nLPGOffRPMHi= 112\nTPSInert= 12\nAttMax_BJ= 113\n"
-    "AttMin_BJ= 114\nProg1= 201\nProg2= 202\nProg3= 203\nProg4= 204\nWOZG= 8\nNULL= 0\n";
+const std::string First =
+    "Options= 1\nLambdaType= 2\nLambdaPoint= 3\nLambdaDelay= 4\nEmulType= 5\nEmulBJ_TimeHi= 6\nEmulBJ_TimeLo= 7\n";
+const std::string Second =
+    "InjectDelay= 10\nLPGOnTemp= 11\nAttMax= 101\nAttMin= 102\nAttInit= 77\nTPSJump= 103\nAttJump= 104\n"
+    "LPGOnRPMLo= 105\nLPGOnRPMHi= 106\nIgnitionType= 107\nCutOffRPMLo= 108\nCutOffRPMHi= 109\nCutOffSteps= 110\n"
+    "LPGOffRPMLo= 111\nLPGOffRPMHi= 112\nTPSInert= 12\nAttMax_BJ= 113\nAttMin_BJ= 114\n";
+const std::string Gen1Text = "[Tarve_X]\nVersion=1.2\n[Configuration]\n" + First +
+                             "EmulDO_TimeHi= 8\nEmulDO_TimeLo= 9\n" + Second + "Otwarcie_GAZU= 13\n";
+const std::string Gen2Text = "[Tarve_X2]\nVersion=4\n[Configuration]\n" + First + "ZAM_OTW_BJ= 206\nZAM_OTW_DO= 207\n" +
+                             Second + "Prog1= 201\nProg2= 202\nProg3= 203\nProg4= 204\nWOZG= 8\nNULL= 0\n";
 
 bool accepts(std::string text, int family) {
     ScanSettings(fmemopen(text.data(), text.size(), "r"), SettingsFormatOf(family));

@@ -16,17 +16,14 @@
 
 namespace {
 
+// Of the file dialog that has the keyboard; null if none has.
 QLineEdit* nameEdit() {
     QWidget* dialog = layer::foreignDialog();
-    return dialog ? dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit")) : nullptr;
-}
-
-bool fileDialogShown() {
-    return nameEdit() && layer::foreignDialog()->isActiveWindow();
+    return dialog && dialog->isActiveWindow() ? dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit")) : nullptr;
 }
 
 Step giveName(const std::string& name) {
-    return {"file dialog", fileDialogShown, [name] {
+    return {"file dialog", nameEdit, [name] {
                 QTest::keyClicks(nameEdit(), QString::fromStdString(name));
                 press(Qt::Key_Return);
             }};
@@ -131,7 +128,7 @@ TEST_F(Settings, FileThatDoesNotFitSendsNothing) {
     const std::string mismatch = line(169) + ": " + line(168);
     EXPECT_EQ(toldAbout("old.vr2"), mismatch);
     EXPECT_EQ(toldAbout("none.vr2"), "I/O Error: " + line(167));
-    command(IDM_OPEN, {{"file dialog", fileDialogShown, [] { press(Qt::Key_Escape); }}});
+    command(IDM_OPEN, {{"file dialog", nameEdit, [] { press(Qt::Key_Escape); }}});
     EXPECT_EQ(written(), "");
 
     // Without a link only files of the first generation match, and their first cell fails.
@@ -146,7 +143,7 @@ TEST_F(Settings, SaveAsksBeforeItReplacesAndTellsWhatItCannotWrite) {
     startOn(4);
     writeFile("a.vr2", "old");
     std::string text, shown;
-    command(IDM_SAVE_AS, {giveName("a.vr2"), answer(text, Qt::Key_N), {"dialog again", fileDialogShown, [&] {
+    command(IDM_SAVE_AS, {giveName("a.vr2"), answer(text, Qt::Key_N), {"dialog again", nameEdit, [&] {
                                                                            shown = nameEdit()->text().toStdString();
                                                                            press(Qt::Key_Escape);
                                                                        }}});
