@@ -1,5 +1,6 @@
 // The Oscilloscope page: what a sweep records, and the value cursor over it.
 #include <QScrollBar>
+#include <map>
 
 #include "ScopePage.h"
 #include "model/Codecs.h"
@@ -45,11 +46,20 @@ TEST_F(Scope, ScalesEachSignalToItsPanel) {
     }
 }
 
-TEST_F(Scope, ASweepGoesRoundAndStoresWhatItDraws) {
+TEST_F(Scope, ASweepGoesRoundAndStoresWhatItDrawsAndANewSizeBeginsAnew) {
     startOn(4);
+    const auto whole = [] { return snapshot(PageWindow, {0, 0, ProfileWidth - 10, ProfileHeight - 60}); };
+    std::map<int, std::vector<COLORREF>> fresh;
     for (const Size& size : Sizes) {
+        openApart(size.profile);
+        fresh[size.profile] = whole();
+    }
+    for (const Size& size : {Sizes[0], Sizes[2], Sizes[1], Sizes[0]}) {
         SCOPED_TRACE(size.profile);
         openApart(size.profile);
+        EXPECT_TRUE(whole() == fresh[size.profile]) << "something of another size is left";
+        EXPECT_EQ(SweepPos, 202u);
+        EXPECT_EQ(ScopeSamples[100].Att, 0u);
         // One tick, where its segments lie and what is stored of it.
         const auto expectColumn = [&](unsigned column, const LiveBytes& bytes, bool flat) {
             const auto before = ScopeSegment;
@@ -118,9 +128,10 @@ TEST_F(Scope, TheBarMovesTheCursor) {
     }
 }
 
-TEST_F(Scope, FrozenOrPausedItLeavesTheLinkAlone) {
+TEST_F(Scope, PausedFrozenOrWithoutALinkItStandsStill) {
     startOn(4);
     openApart(2);
+    setLive(8, 1);
     tick();
     EXPECT_EQ(sent(), FirstRound);
     tick();
@@ -132,8 +143,28 @@ TEST_F(Scope, FrozenOrPausedItLeavesTheLinkAlone) {
     EXPECT_EQ(sent(), "");
     EXPECT_EQ(SweepPos, 204u);
 
+    EXPECT_EQ(page(632, 467), Cyan);
+    server->unplug();
+    tick(3);
+    EXPECT_TRUE(LinkLost == 1 && TimerPeriod == 20);
+    EXPECT_EQ(SweepPos, 206u) << "two bad replies repeat the last values";
+    tick();
+    EXPECT_TRUE(SweepPos == 206 && ScopeParamsRead == 0);
+    EXPECT_TRUE(reads(630, 70, "0.00") && reads(630, 180, "000") && reads(630, 290, "0000") && reads(630, 400, "0.00"));
+    EXPECT_EQ(page(632, 467), Green);
+    ASSERT_TRUE(server->replug());
+    sent();
+    tick();
+    EXPECT_EQ(sent(), FirstRound) << "all in one tick";
+    EXPECT_EQ(SweepPos, 207u);
+    EXPECT_EQ(ScopePoints[TraceAtt][7].y, 190);
+
     sweepTo(300);
     clickBox();
+    clickBox();
+    EXPECT_FALSE(IsWindowVisible(control(IDC_SCOPE_CURSOR_BAR)));
+    clickBox();
+    sent();
     scroll(SB_THUMBTRACK, 90);
     tick(3);
     open(IDM_READINGS);
@@ -148,52 +179,10 @@ TEST_F(Scope, FrozenOrPausedItLeavesTheLinkAlone) {
     expectOnlyLine(204, Red);
 }
 
-TEST_F(Scope, StandsStillWithoutALinkAndGoesOn) {
-    startOn(4);
-    openApart(2);
-    setLive(8, 1);
-    sweepTo(250);
-    EXPECT_EQ(page(632, 467), Cyan);
-    server->unplug();
-    tick(3);
-    EXPECT_TRUE(LinkLost == 1 && TimerPeriod == 20);
-    EXPECT_EQ(SweepPos, 252u) << "two bad replies repeat the last values";
-    tick();
-    EXPECT_TRUE(SweepPos == 252 && ScopeParamsRead == 0);
-    EXPECT_TRUE(reads(630, 70, "0.00") && reads(630, 180, "000") && reads(630, 290, "0000") && reads(630, 400, "0.00"));
-    EXPECT_EQ(page(632, 467), Green);
-    clickBox();
-    ASSERT_TRUE(server->replug());
-    sent();
-    tick(3);
-    EXPECT_EQ(sent(), "") << "frozen";
-    clickBox();
-    EXPECT_FALSE(IsWindowVisible(control(IDC_SCOPE_CURSOR_BAR)));
-    tick();
-    EXPECT_EQ(sent(), FirstRound) << "all in one tick";
-    EXPECT_EQ(SweepPos, 253u);
-    EXPECT_EQ(ScopePoints[TraceAtt][53].y, 190);
-    closeProgram();
-
+TEST_F(Scope, SweepsOverWhatThereIsOfAFamilyThatIsNotServed) {
     startOn(3);
     openScope();
     tick(2);
     EXPECT_EQ(sent(), "65 01 01 67, 65 01 01 67");
     EXPECT_EQ(SweepPos, 204u) << "sweeps over what there is";
-}
-
-TEST_F(Scope, ANewSizeBeginsAnew) {
-    startOn(4);
-    const auto whole = [] { return snapshot(PageWindow, {0, 0, ProfileWidth - 10, ProfileHeight - 60}); };
-    setCell(simulator::LambdaType, 0x10);
-    for (const auto& [from, to] : {std::pair(5, 1), std::pair(1, 5)}) {
-        openScope(to);
-        const auto fresh = whole();
-        openApart(from);
-        sweepTo(450);
-        openScope(to);
-        EXPECT_TRUE(whole() == fresh) << "something of size " << from << " is left";
-        EXPECT_EQ(SweepPos, 202u);
-        EXPECT_EQ(ScopeSamples[100].Att, 0u);
-    }
 }

@@ -53,16 +53,6 @@ protected:
             setCell(static_cast<int>(cell), static_cast<std::uint8_t>(random()));
         }
     }
-    // The frames that write the first of these values, in the order of the file.
-    static std::string frames(const simulator::Bytes& values, size_t count) {
-        std::string all;
-        for (size_t at = 0; at < count; ++at) {
-            const auto number = static_cast<std::uint8_t>(cells()[at] + (ControllerFamily == 4 ? 1 : 0));
-            const auto sum = static_cast<std::uint8_t>(0x65 + number + values[at]);
-            all += (at == 0 ? "" : ", ") + hex({0x65, number, values[at], sum});
-        }
-        return all;
-    }
     // What a box tells when a file of this name is opened.
     static std::string toldAbout(const std::string& name) {
         std::string text;
@@ -99,10 +89,9 @@ TEST_F(Settings, WhatIsSavedComesBackWithAllCellsChangedMeanwhile) {
         choose(FileMenu, 0);
         run({giveName(row.name)});
         EXPECT_EQ(held(), saved) << "but for the key without a number, which keeps the controller's value";
-        EXPECT_EQ(written(), frames(saved, saved.size()));
-        EXPECT_NE(sent().find(frames(saved, saved.size())), std::string::npos) << "a poll between two writes";
+        const std::string writes = written();
+        EXPECT_NE(sent().find(writes), std::string::npos) << "a poll between two writes";
         closeProgram();
-        server.reset();
     }
 }
 
@@ -111,12 +100,15 @@ TEST_F(Settings, LoadEndsAtTheFirstWriteThatIsNotConfirmed) {
     changeCells(7);
     const simulator::Bytes saved = held();
     SaveSettingsFile("a.vr2");
-    for (int good = 0; good < static_cast<int>(saved.size()); ++good) {
+    for (size_t good = 0; good < saved.size(); ++good) {
+        SCOPED_TRACE(good);
         changeCells(100);
-        server->clearLog();
-        server->addFault({.kind = simulator::FaultKind::Silence, .count = 1, .onlyWrites = true, .after = good});
+        simulator::Bytes expected = held();
+        std::copy_n(saved.begin(), good + 1, expected.begin());
+        server->addFault(
+            {.kind = simulator::FaultKind::Silence, .count = 1, .onlyWrites = true, .after = static_cast<int>(good)});
         EXPECT_EQ(toldAbout("a.vr2"), line(170) + ": " + line(171));
-        EXPECT_EQ(written(), frames(saved, static_cast<size_t>(good) + 1));
+        EXPECT_EQ(held(), expected);
         server->clearFaults();
     }
 }
