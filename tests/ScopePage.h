@@ -36,7 +36,6 @@ inline void clickBox() {
 class Scope : public TuningPages {
 protected:
     void SetUp() override {
-        TuningPages::SetUp();
         CursorMode = 0;
         CursorPos = 2;
         CursorPrevPos = 0;
