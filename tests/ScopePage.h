@@ -1,13 +1,11 @@
 // What the tests of the Oscilloscope page share: the page at rest, its controls as the user meets them, its pixels.
 #pragma once
 
-#include <QScrollBar>
 #include <array>
 #include <string>
 #include <vector>
 
 #include "TuningPages.h"
-#include "model/Codecs.h"
 #include "scope/OscilloscopePage.h"
 #include "scope/ScopeCapture.h"
 
@@ -27,34 +25,8 @@ inline const LiveBytes Apart = {155, 100, 150, 60, 0x88, 0x13};
 constexpr int ApartY[] = {100, 190, 220, 320, 410};
 inline const LiveBytes AllZero(6);
 
-inline const std::string Round = "65 01 01 67, 65 02 02 69";
-inline const std::string FirstRound = Round + ", 65 03 03 6B";
-
-using Levels = std::array<int, ScopeTraceCount>;
-
-inline Levels levels(size_t point) {
-    Levels all{};
-    for (size_t trace = 0; trace < all.size(); ++trace) {
-        all[trace] = ScopeSegment[trace][point].y;
-    }
-    return all;
-}
-
 inline void scroll(WORD code, unsigned thumb = 0) {
     SendMessageA(PageWindow, WM_HSCROLL, MAKEWPARAM(code, thumb), 0);
-}
-
-inline QScrollBar& bar() {
-    return *qobject_cast<QScrollBar*>(widgetOf(control(IDC_SCOPE_CURSOR_BAR)));
-}
-
-inline void roll(int notches) {
-    roll(PageWindow, notches);
-}
-
-// Counted from the right end if negative.
-inline QPoint onBar(int along) {
-    return {along < 0 ? bar().width() + along : along, 5};
 }
 
 inline void clickBox() {
@@ -64,7 +36,6 @@ inline void clickBox() {
 class Scope : public TuningPages {
 protected:
     void SetUp() override {
-        TuningPages::SetUp();
         CursorMode = 0;
         CursorPos = 2;
         CursorPrevPos = 0;
@@ -98,14 +69,6 @@ protected:
         }
         ASSERT_EQ(SweepPos, column);
     }
-    void loseLink() {
-        server->unplug();
-        for (int ticks = 0; LinkLost == 0 && ticks < 5; ++ticks) {
-            tick();
-            EXPECT_EQ(TimerPeriod, 20u);
-        }
-        ASSERT_EQ(LinkLost, 1);
-    }
     static int x(int design) {
         return static_cast<int>(design * ScaleX);
     }
@@ -117,30 +80,25 @@ protected:
         return countPixels(PageWindow, {pixelX - 1, y(designY) - 1, pixelX + 1, y(designY) + 1},
                            [=](COLORREF colour) { return colour == TraceColours[trace]; }) > 0;
     }
-    // Pixels of a colour in the bands, or between the borders of the panels, from one pixel column to before another.
+    // Pixels of a colour, or all, in the bands or the insides of the panels, from one pixel column to before another.
     static int countIn(int left, int right, COLORREF colour, bool wholePanels = false) {
         int found = 0;
         for (const auto& [top, bottom] : Bands) {
             const RECT area{left, wholePanels ? y(top - 3) + 1 : y(top), right,
                             wholePanels ? y(bottom + 3) - 1 : y(bottom)};
-            found += countPixels(PageWindow, area, [=](COLORREF one) { return one == colour; });
+            found +=
+                countPixels(PageWindow, area, [=](COLORREF one) { return one == colour || colour == CLR_INVALID; });
         }
         return found;
     }
-    static int bandHeight() {
-        int height = 0;
-        for (const auto& [top, bottom] : Bands) {
-            height += y(bottom) - y(top);
-        }
-        return height;
-    }
     // One line of this colour stands in the panels, a pixel wide and as high as the bands.
     static void expectOnlyLine(int designX, COLORREF colour) {
-        EXPECT_EQ(countIn(x(designX), x(designX) + 1, colour), bandHeight()) << designX;
-        EXPECT_EQ(countIn(x(198) + 1, x(600) - 1, colour, true), bandHeight()) << designX;
+        const int height = countIn(0, 1, CLR_INVALID);
+        EXPECT_EQ(countIn(x(designX), x(designX) + 1, colour), height) << designX;
+        EXPECT_EQ(countIn(x(198) + 1, x(600) - 1, colour, true), height) << designX;
     }
     static bool whiteFrom(int left, int right) {
-        return countIn(left, right, White) == bandHeight() * (right - left);
+        return countIn(left, right, White) == countIn(left, right, CLR_INVALID);
     }
     // Whether this text stands there: drawing it once more changes nothing.
     static bool reads(int designX, int designY, const std::string& text, HFONT font = LargeFont,

@@ -97,45 +97,44 @@ class Controller:
         return [match[1] for line in self.lines[since:] if (match := re.search("> (65 (?!0[1-5]).. .. ..)", line))]
 
 
-@contextlib.contextmanager
-def running(*command, **how):
-    with subprocess.Popen(command, **how) as process:
-        try:
-            yield process
-        finally:
-            process.terminate()
+def start(stack, *command, **how):
+    process = stack.enter_context(subprocess.Popen(command, **how))
+    stack.callback(process.terminate)
+    return process
 
 
-@contextlib.contextmanager
-def screen():
+def screen(stack):
     told, number = os.pipe()
-    with running("Xvfb", "-displayfd", str(number), "-screen", "0", "1280x1024x24", "-nolisten", "tcp",
-                 pass_fds=[number], stderr=subprocess.DEVNULL), os.fdopen(told) as display:
-        os.close(number)
-        yield ":" + display.readline().strip()
+    start(stack, "Xvfb", "-displayfd", str(number), "-screen", "0", "1280x1024x24", "-nolisten", "tcp",
+          pass_fds=[number], stderr=subprocess.DEVNULL)
+    os.close(number)
+    with os.fdopen(told) as display:
+        return ":" + display.readline().strip()
 
 
 class DesktopTest(unittest.TestCase):
     def play(self, steps, loses):
-        with tempfile.TemporaryDirectory() as place, screen() as display, \
-                running(SIMULATOR, "--port=ports/COM1", "--scenario=cruise", "--verbose", cwd=place, text=True,
-                        stdin=subprocess.PIPE, stdout=subprocess.PIPE) as simulator:
+        with contextlib.ExitStack() as stack:
+            place = stack.enter_context(tempfile.TemporaryDirectory())
+            environment = {**os.environ, "DISPLAY": screen(stack), "QT_QPA_PLATFORM": "xcb", "HOME": place,
+                           "XDG_RUNTIME_DIR": place, "DBUS_SESSION_BUS_ADDRESS": "disabled:"}
             Path(place, "Lang").symlink_to(LANG)
             Path(place, "Tarvex.ini").write_text("[Ustawienia]\nCommPort= 1\nLanguage= ang\n", encoding="ascii")
-            environment = {**os.environ, "DISPLAY": display, "QT_QPA_PLATFORM": "xcb", "HOME": place,
-                           "XDG_RUNTIME_DIR": place, "DBUS_SESSION_BUS_ADDRESS": "disabled:"}
+            simulator = start(stack, SIMULATOR, "--port=ports/COM1", "--scenario=cruise", "--verbose", cwd=place,
+                              text=True, stdin=subprocess.PIPE, stdout=subprocess.PIPE)
             controller = Controller(simulator.stdout, place)
-            with running(TARVEX, cwd=place, env=environment) as tool:
-                controller.wait_for(0, ON_GAS, ENOUGH)
-                for actions, wanted, written in steps:
-                    since = len(controller.lines)
-                    if loses:
-                        print("fault silence 2", file=simulator.stdin, flush=True)
-                        controller.wait_for(since, "<$", 1)
-                    subprocess.run(["xdotool", *actions.split()], env=environment, check=True)
-                    controller.wait_for(len(controller.lines), wanted, ENOUGH)
-                    self.assertEqual(controller.written(since), written, actions)
-            self.assertEqual(tool.returncode, 0)
+            tool = start(stack, TARVEX, cwd=place, env=environment)
+            controller.wait_for(0, ON_GAS, ENOUGH)
+            for actions, wanted, written in steps:
+                since = len(controller.lines)
+                if loses:
+                    print("fault silence 2", file=simulator.stdin, flush=True)
+                    controller.wait_for(since, "<$", 1)
+                subprocess.run(["xdotool", *actions.split()], env=environment, check=True)
+                controller.wait_for(len(controller.lines), wanted, ENOUGH)
+                self.assertEqual(controller.written(since), written, actions)
+            tool.terminate()
+            self.assertEqual(tool.wait(LONGEST_WAIT), 0)
 
     def test_scripts_on_a_line_that_answers_and_on_one_that_loses_replies(self):
         with ThreadPoolExecutor(3) as pool:
