@@ -1,6 +1,4 @@
 // The three tuning dialogs against a simulated controller: what reaches the wire and what is shown.
-#include <QAbstractItemView>
-#include <QTest>
 #include <array>
 #include <string>
 #include <vector>
@@ -72,13 +70,10 @@ protected:
                                     [&] {
                                         stopTimer();
                                         server->clearLog();
-                                        EXPECT_EQ(CorrectionsDialogOpen, open == RunCorrectionsDialog ? 1 : 0);
-                                        EXPECT_EQ(TuningDialogOpen + CorrectionsDialogOpen, 1);
                                         body();
                                     }}};
         steps.insert(steps.end(), leave.begin(), leave.end());
         run(steps);
-        EXPECT_EQ(openDialogWindow(), nullptr);
         EXPECT_EQ(TuningDialogOpen + CorrectionsDialogOpen, 0);
     }
 };
@@ -319,11 +314,14 @@ TEST_F(TuningDialogs, ALostLinkShowsAndAnUnservedFamilyIsOnlyAskedForItsName) {
 
 TEST_F(TuningDialogs, AnOpenListStopsThePolling) {
     startOn(4);
+    setCell(simulator::ZAM_OTW_BJ, 0x00);
     struct Row {
         void (*open)();
+        const char* frame;
         UINT armed;  // by a tick while the list is open
     };
-    for (const Row& row : {Row{RunEmulationDialog, 0}, Row{RunGasLevelDialog, 0}, Row{RunCorrectionsDialog, 50}}) {
+    for (const Row& row : {Row{RunEmulationDialog, "65 0B 02 72", 0}, Row{RunGasLevelDialog, "65 06 E2 4D", 0},
+                           Row{RunCorrectionsDialog, "65 0D 0E 80", 50}}) {
         inDialog(row.open, [] { clickOn(control(1003)); },
                  {{"list", [] { return listOpen(control(1003)); },
                    [&] {
@@ -336,7 +334,8 @@ TEST_F(TuningDialogs, AnOpenListStopsThePolling) {
                        clickEntry(1);
                    }},
                   {"choice", [&] { return !server->log().empty(); },
-                   [] {
+                   [&] {
+                       EXPECT_EQ(sent(), row.frame);
                        EXPECT_EQ(ComboOpen, 0);
                        press(Qt::Key_Return);
                    }}});
