@@ -1,337 +1,132 @@
+// The simulated controller: its bytes and their times, what a drive and what faults make of them; and the program with
+// its device, command line and console.
 #include "simulator/Simulator.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <termios.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <bit>
+#include <chrono>
 #include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <thread>
 #include <tuple>
 
-#include "SimulatorSamples.h"
+#include "simulator/CommandLine.h"
+#include "simulator/Console.h"
 
 using namespace simulator;
+namespace fs = std::filesystem;
 
 namespace {
 
-Bytes Write(Controller& controller, int wireNumber, int value) {
-    Bytes frame{Marker, static_cast<std::uint8_t>(wireNumber), static_cast<std::uint8_t>(value)};
-    Seal(frame);
-    return controller.exchange(frame);
+Bytes Hex(const std::string& text) {
+    Bytes bytes;
+    std::istringstream stream(text);
+    for (unsigned value; stream >> std::hex >> value;) {
+        bytes.push_back(static_cast<std::uint8_t>(value));
+    }
+    return bytes;
 }
 
-int OnGas(const Controller& controller) {
-    return controller.block(2)[8] & 0x01;
-}
+const Bytes AskIdentity = Hex("65 01 01 67");
+const Bytes AskLive = Hex("65 02 02 69");
+const Bytes Identity = Hex("65 00 65 CA");
 
-// Turns the engine by hand.
-void Drive(Controller& controller, double rpm, double throttle, double seconds) {
-    controller.driver.rpm = rpm;
-    controller.driver.throttle = throttle;
-    controller.step(seconds);
-}
-
-// A warm engine on gas whose mixture has found its neutral point.
-void Settle(Controller& controller, double rpm, double throttle) {
-    Drive(controller, rpm, throttle, 25);
-    ASSERT_TRUE(OnGas(controller));
+Config Of(int family, Scenario scenario = Scenario::Idle) {
+    return {.family = family, .wirePace = false, .portLink = "", .scenario = scenario, .faults = {}};
 }
 
 }  // namespace
 
-TEST(Simulator, TellsFamilyAndFirmwareAndNothingElseForAForeignFamily) {
-    Config config = Of(2);
-    config.firmware = 3;
-    EXPECT_EQ(Controller(config).exchange(AskIdentity), Hex("65 00 23 88"));
-    Controller foreign(Of(7));
-    EXPECT_EQ(foreign.exchange(AskIdentity), Hex("65 00 C5 2A"));
-    EXPECT_EQ(foreign.exchange(AskLive), Bytes());
-    EXPECT_EQ(Write(foreign, 7, 7), Bytes());
-}
-
-TEST(Simulator, WritesEveryCellAndReadsItBackInItsBlockByte) {
-    Controller second(Of(2));
-    Controller fourth(Of(4));
-    for (int cell = 5; cell <= 49; ++cell) {
-        if (cell == 30) {
-            continue;
-        }
-        Bytes echo{0x65, static_cast<std::uint8_t>(cell), static_cast<std::uint8_t>(0x65 + cell)};
-        EXPECT_EQ(Write(second, cell, cell), cell <= 33 ? echo : Bytes()) << cell;
-        EXPECT_EQ(Write(fourth, cell + 1, cell), echo) << cell;
-    }
-    EXPECT_EQ(second.exchange(Hex("65 03 03 6B")), Hex("65 05 06 07 08 09 0A 0B 0C 0D 0E 0F 1D 21 11"));
-    EXPECT_EQ(fourth.exchange(Hex("65 03 03 6B")), Hex("65 05 06 07 08 09 0A 0B 25 00 0E 0F 1D FC"));
-    Bytes blockB = Hex("65 10 11 13 14 15 16 17 18 19 1A 1B 1C 1F 20 B0");
-    EXPECT_EQ(second.exchange(Hex("65 04 04 6D")), blockB);
-    EXPECT_EQ(fourth.exchange(Hex("65 04 04 6D")), blockB);
-    EXPECT_EQ(fourth.exchange(Hex("65 05 05 6F")),
-              Hex("65 21 22 23 24 04 0C 0D 31 26 27 28 29 2A 2B 2C 2D 2E 2F 30 16"));
-    EXPECT_EQ(fourth.exchange(AskLive)[4], 18);
-    EXPECT_EQ(fourth.exchange(AskLive).size(), 11U);
-}
-
-TEST(Simulator, IgnoresBadRequestsAndFindsTheNextGoodOne) {
+TEST(Simulator, AnswersGoodRequestsAloneAndFindsTheNextOne) {
     Controller controller(Of(4));
-    Bytes identity = controller.block(1);
-    std::uint8_t options = controller.cells.get(Options);
+    const Bytes parameters = controller.block(3);
     // A wrong sum, neither read nor cell, beyond the last cell.
     for (const char* bad : {"65 06 01 6D", "65 01 02 68", "65 33 01 99"}) {
         EXPECT_EQ(controller.exchange(Hex(bad)), Bytes()) << bad;
     }
-    EXPECT_EQ(controller.cells.get(Options), options);
-    EXPECT_EQ(controller.exchange(Hex("00 FF 01 65 01 01 67")), identity);
-    EXPECT_EQ(controller.exchange(Hex("65 01 65 01 01 67")), identity);
+    EXPECT_EQ(controller.block(3), parameters);
+    for (const char* good : {"00 FF 01 65 01 01 67", "65 01 65 01 01 67"}) {
+        EXPECT_EQ(controller.exchange(Hex(good)), Identity) << good;
+    }
     EXPECT_EQ(controller.exchange(Hex("65 01 01 67 65 01 01 67")).size(), 8U);
-
-    Bytes start = Hex("65 01");
+    const Bytes start = Hex("65 01");
     EXPECT_TRUE(controller.receive(start, 100).empty());
-    EXPECT_EQ(controller.receive(AskIdentity, 100.03).at(0).reply, identity) << "after a pause a new request begins";
+    EXPECT_EQ(controller.receive(AskIdentity, 100.03).at(0).reply, Identity) << "after a pause a new request begins";
     EXPECT_TRUE(controller.receive(start, 101).empty());
     EXPECT_FALSE(controller.receive(AskIdentity, 101.005).at(0).request.good);
-}
 
-TEST(Simulator, ResetsRestoreFactoryValuesAndLeaveTheInstallationAlone) {
-    for (int family : {2, 4}) {
-        Controller fresh(Of(family));
-        Controller controller(Of(family));
-        int offset = family == 4 ? 1 : 0;
-        for (int cell = 5; cell <= 37; ++cell) {
-            if (cell != 30) {
-                Write(controller, cell + offset, 1);
-            }
-        }
-        Write(controller, 42 + offset, 'Z');
-        Write(controller, 30 + offset, 52);
-        EXPECT_EQ(controller.cells.get(Prog1), family == 4 ? 40 : 1);
-        EXPECT_EQ(controller.cells.get(AttMax), 1) << "the thresholds alone";
-        EXPECT_EQ(Write(controller, 30 + offset, 51), Hex("65 33 98"));
-        for (int command : {3, 4}) {
-            EXPECT_EQ(controller.block(command), fresh.block(command)) << family;
-        }
-        EXPECT_EQ(controller.cells.get(AttInit), fresh.cells.get(AttInit));
-        EXPECT_EQ(controller.cells.get(Registration), family == 4 ? 'Z' : 0);
-    }
-}
-
-TEST(Simulator, SwitchesToGasWhenSpeedAndTemperatureAllowIt) {
-    Controller controller(Of(4, Scenario::Cold));
-    Drive(controller, 2600, 20, 5);
-    Drive(controller, 1500, 20, 5);
-    EXPECT_EQ(controller.block(2)[8] & 0xC1, 0x40) << "fast enough and slow again, but cold";
-    controller.engine.heldTemperature = 40;
-    controller.step(0.3);
-    EXPECT_FALSE(OnGas(controller)) << "within InjectDelay";
-    controller.step(0.5);
-    EXPECT_EQ(controller.block(2)[8] & 0xC1, 0xC1);
-    EXPECT_EQ(controller.block(2)[9], 171);  // 40 degrees
-
-    Controller uncaring(Of(4, Scenario::Cold));
-    uncaring.cells.set(Options, 0);
-    Drive(uncaring, 2600, 20, 10);
-    EXPECT_FALSE(OnGas(uncaring)) << "waits for the speed to fall";
-    uncaring.cells.set(Options, SwitchWhenRising);
-    uncaring.step(2);
-    EXPECT_TRUE(OnGas(uncaring));
+    Controller foreign(Of(7));
+    EXPECT_EQ(foreign.exchange(AskIdentity), Hex("65 00 C5 2A"));
+    EXPECT_EQ(foreign.exchange(Hex("65 02 02 69 65 07 07 73")), Bytes());
 }
 
 TEST(Simulator, RunsAColdStartOnPetrolIntoADriveOnGas) {
     Controller controller(Of(4, Scenario::Cycle));
     controller.step(5);
-    EXPECT_FALSE(OnGas(controller));
-    EXPECT_LT(controller.engine.temperature(), 25);
-    int seen = 0;
-    int segments = 0;
+    EXPECT_EQ(controller.block(2)[8] & 0x01, 0);
+    int status = 0;
     for (int i = 0; i < 600; ++i) {
         controller.step(0.1);
-        Bytes live = controller.block(2);
-        seen |= live[8];
-        segments |= live[7] & 0xF0;
-        EXPECT_TRUE(std::has_single_bit(static_cast<unsigned>(live[7] & 0xF0)));
-        EXPECT_TRUE(std::has_single_bit(static_cast<unsigned>(live[7] & 0x07)));
-        EXPECT_EQ(live[10], SumOf(std::span(live).first(10)));
+        status |= controller.block(2)[8];
+        EXPECT_EQ(std::popcount(controller.block(2)[7]), 3) << "one mixture, the engine, one segment";
     }
-    EXPECT_EQ(seen, 0xCD);  // gas, over the limit, cut-off, both conditions
-    EXPECT_EQ(segments, 0xF0);
+    EXPECT_EQ(status, 0xCD);  // gas, over the limit, cut-off, both conditions
 }
 
-TEST(Simulator, CutsOffAndLeavesGasByItsParameters) {
-    Controller controller(Of(2));
-    Settle(controller, 3000, 0);
-    EXPECT_EQ(controller.block(2)[8] & 0x0D, 0x09);
-    EXPECT_EQ(controller.block(2)[3], 55);  // half of the base position 110
-    const auto without = [&](int option, double rpm) {
-        controller.cells.set(Options, controller.cells.get(Options) & ~option);
-        Drive(controller, rpm, 0, 5);
-        return controller.block(2)[8] & 0x0D;
+TEST(Simulator, DrivesByItsParameters) {
+    struct Leg {
+        double rpm, throttle, seconds;
+        bool learn = false;  // the command goes first
     };
-    EXPECT_EQ(without(CutOffOn, 3000), 0x01);
-    EXPECT_EQ(without(CutOffOn, 7000), 0x04);
-    EXPECT_EQ(without(LimitOn, 7000), 0x01);
-}
-
-TEST(Simulator, KeepsTheActuatorInItsRangeAndJumpsByThrottle) {
-    Controller controller(Of(4, Scenario::Cruise));
-    Settle(controller, 2500, 22);
-    EXPECT_GT(controller.block(2)[3], 115);
-    controller.cells.set(AttMax, 3);
-    controller.step(1);
-    EXPECT_EQ(controller.block(2)[3], 113);
-    Drive(controller, 900, 0, 5);
-    EXPECT_GT(controller.block(2)[3], 113) << "at idle the other pair holds";
-    for (const auto& [family, position] : {std::pair{4, 110 + 55}, {2, 180}}) {
-        Controller jumping(Of(family, Scenario::Cruise));
-        Settle(jumping, 2500, 80);  // 3.7 V, above the 3.0 V of TPSJump
-        jumping.cells.set(Options, jumping.cells.get(Options) | JumpOn);
-        jumping.step(3);
-        EXPECT_EQ(jumping.block(2)[3], position);
-        jumping.cells.set(LambdaType, 1);
-        jumping.cells.set(TPSJump, 20);  // mirrored: 4.6 V
-        jumping.step(3);
-        EXPECT_LT(jumping.block(2)[3], position);
-    }
-}
-
-TEST(Simulator, SwingsLambdaAroundThePointOfEachSensor) {
-    // The raw signal at the point is the neutral one.
-    for (const auto& [type, point, neutral] : {std::tuple{0, 25, 26}, {1, 125, 128}, {4, 125, 128}, {5, 60, 61}}) {
-        Controller controller(Of(4, Scenario::Cruise));
-        controller.cells.set(LambdaType, static_cast<std::uint8_t>(type << 4));
-        controller.cells.set(LambdaPoint, static_cast<std::uint8_t>(point));
-        Settle(controller, 2500, 22);
-        int crossings = 0;
-        bool above = false;
-        for (int i = 0; i < 200; ++i) {
-            controller.step(0.1);
-            bool now = controller.block(2)[2] > neutral;
-            crossings += now != above;
-            above = now;
+    // The byte of the block lies within the limits at the end.
+    const auto check = [](const char* what, const Config& config,
+                          const std::vector<std::pair<int, std::uint8_t>>& cells, const std::vector<Leg>& legs,
+                          int block, std::size_t byte, int mask, int lowest, int highest) {
+        Controller controller(config);
+        for (const auto& [cell, value] : cells) {
+            controller.cells.set(cell, value);
         }
-        EXPECT_TRUE(crossings > 12 && crossings < 60) << type << ": " << crossings;
-    }
-}
-
-TEST(Simulator, LearnsTheBasePositionWithThrottleOnGas) {
-    Controller controller(Of(4, Scenario::Cruise));
-    controller.gas.choice = FuelChoice::Petrol;
-    controller.step(1);
-    EXPECT_EQ(Write(controller, 31, 50), Hex("65 32 97"));
-    auto running = [&] { return (controller.block(2)[8] & 0x02) != 0; };
-    auto result = [&] { return controller.block(2)[8] & 0x30; };
-    auto secondsToTheEnd = [&] {
-        int tenths = 0;
-        for (; tenths < 300 && running(); ++tenths) {
-            controller.step(0.1);
+        for (const Leg& leg : legs) {
+            EXPECT_EQ(controller.exchange(leg.learn ? Hex("65 1F 32 B6") : Bytes()).size(), leg.learn ? 3U : 0U);
+            controller.driver.rpm = leg.rpm;
+            controller.driver.throttle = leg.throttle;
+            controller.step(leg.seconds);
         }
-        return tenths * 0.1;
+        const int seen = controller.block(block)[byte] & mask;
+        EXPECT_TRUE(seen >= lowest && seen <= highest) << what << ": " << seen;
     };
-    EXPECT_FALSE(running()) << "not on petrol";
-
-    controller.gas.choice = FuelChoice::Auto;
-    controller.step(15);
-    Write(controller, 31, 50);
-    EXPECT_TRUE(running());
-    EXPECT_LT(secondsToTheEnd(), LearnLimitSeconds);
-    EXPECT_EQ(result(), 0x10);
-    EXPECT_GT(controller.block(2)[4], 115);
-
-    Write(controller, 31, 50);
-    Write(controller, 31, 50);
-    EXPECT_FALSE(running()) << "the same command stops it";
-
-    Drive(controller, 900, 0, 3);
-    Write(controller, 31, 50);
-    EXPECT_GT(secondsToTheEnd(), LearnLimitSeconds - 1);
-    EXPECT_EQ(result(), 0x00) << "nothing was learnt at idle";
-
-    Drive(controller, 900, 30, 3);
-    Write(controller, 31, 50);
-    controller.step(2);
-    controller.driver.throttle = 0;
-    secondsToTheEnd();
-    EXPECT_EQ(result(), 0x30) << "too little was";
-}
-
-TEST(Simulator, CountsGasAndItsTime) {
-    Controller controller(Of(4, Scenario::Cruise));
-    controller.cells.set(Minutes, 59);
-    controller.cells.set(HoursLo, 255);
-    controller.cells.set(HoursHi, 0);
-    double tank = controller.gas.tank;
-    controller.step(62);
-    Bytes block = controller.block(5);
-    EXPECT_TRUE(block[8] == 0 && block[9] == 0 && block[10] == 1);
-    EXPECT_LT(controller.gas.tank, tank);
-    controller.gas.tank = 0.4;  // a signal of 102, between the second and the third threshold
-    EXPECT_EQ(controller.block(5)[5], 2);
-    controller.cells.set(Prog3, 100);
-    EXPECT_EQ(controller.block(5)[5], 3);
-}
-
-TEST(Simulator, RepeatsARunBySeedWhateverTheSteps) {
-    Config config = Of(4, Scenario::Cycle);
-    Controller first(config);
-    Controller second(config);
-    config.seed = 2;
-    Controller other(config);
-    bool differs = false;
-    for (int i = 0; i < 100; ++i) {
-        first.step(0.5);
-        second.step(0.25);
-        second.step(0.25);
-        other.step(0.5);
-        EXPECT_EQ(first.block(2), second.block(2)) << i;
-        differs = differs || first.block(2) != other.block(2);
-    }
-    EXPECT_TRUE(differs);
-}
-
-TEST(Simulator, RampsEveryLiveByteByItsRule) {
-    Controller controller(Of(4, Scenario::Ramp));
-    EXPECT_EQ(controller.exchange(AskLive), Hex("65 00 20 40 60 FF FF 19 00 80 BC"));
-    controller.step(2.0);  // n = 20: 1000 RPM, period 15000
-    EXPECT_EQ(controller.exchange(AskLive), Hex("65 14 34 54 74 98 3A 4C 14 94 3B"));
-    controller.overrideLive(8, 0x81);
-    EXPECT_EQ(controller.block(2)[8], 0x81);
-}
-
-TEST(Simulator, FaultsDoWhatTheySay) {
-    const Bytes reply = Hex("65 32 97");
-    auto spoil = [&](const char* text, bool isWrite = true) {
-        return Faults(7, {*ParseFault(text)}).send(reply, isWrite);
-    };
-    auto values = [](const Transmission& sent) {
-        Bytes bytes(sent.bytes.size());
-        std::ranges::transform(sent.bytes, bytes.begin(), &TimedByte::value);
-        return bytes;
-    };
-    EXPECT_EQ(spoil("lost-byte").bytes.size(), 2U);
-    EXPECT_EQ(spoil("garbage").bytes.size(), 3U);
-    EXPECT_NE(values(spoil("garbage"))[0], Marker);
-    EXPECT_EQ(values(spoil("split")), reply);
-    Bytes flipped = values(spoil("flipped-bit"));
-    int bits = 0;
-    for (std::size_t i = 0; i < reply.size(); ++i) {
-        bits += std::popcount(static_cast<unsigned>(flipped.at(i) ^ reply[i]));
-    }
-    EXPECT_EQ(bits, 1);
-    Bytes echo = values(spoil("wrong-echo"));
-    EXPECT_NE(echo[1], reply[1]);
-    EXPECT_EQ(echo[2], SumOf(std::span(echo).first(2)));
-    EXPECT_EQ(values(spoil("wrong-echo", false)), reply);
-
-    Faults twice(1, {*ParseFault("silence=2")});
-    for (bool silent : {true, true, false}) {
-        EXPECT_EQ(twice.send(reply, false).bytes.empty(), silent);
-    }
-    Faults often(1, {*ParseFault("silence=0.25")});
-    int lost = 0;
-    for (int i = 0; i < 1000; ++i) {
-        lost += often.send(reply, false).bytes.empty();
-    }
-    EXPECT_NEAR(lost, 250, 50);
-    for (const char* wrong : {"", "quiet", "silence=", "silence=0", "silence=1.5", "silence=3x"}) {
-        EXPECT_FALSE(ParseFault(wrong)) << wrong;
-    }
+    const Config cold = Of(4, Scenario::Cold), second = Of(2, Scenario::Cruise), fourth = Of(4, Scenario::Cruise);
+    const Leg up = {2600, 20, 10}, down = {1500, 20, 5}, lifted = {3000, 0, 25}, fast = {7000, 0, 5};
+    const Leg road = {2500, 22, 25}, kick = {2500, 80, 28};  // 3.7 V, above the 3.0 V of TPSJump
+    check("petrol while cold", cold, {}, {up, down}, 2, 8, 0xC1, 0x40, 0x40);
+    check("petrol until slow", cold, {{Options, 0}}, {up}, 2, 8, 0x01, 0, 0);
+    check("gas though cold", cold, {{Options, 0}}, {up, down}, 2, 8, 0xC1, 0xC1, 0xC1);
+    check("gas when rising", cold, {{Options, SwitchWhenRising}}, {up}, 2, 8, 0x01, 1, 1);
+    check("delay", cold, {{Options, SwitchWhenRising}, {InjectDelay, 200}}, {up}, 2, 8, 0x01, 0, 0);
+    check("half of the base in cut-off", second, {}, {lifted}, 2, 3, 0xFF, 55, 55);
+    check("no cut-off", second, {{Options, LimitOn}}, {lifted}, 2, 8, 0x0D, 0x01, 0x01);
+    check("petrol above the limit", second, {{Options, LimitOn}}, {lifted, fast}, 2, 8, 0x0D, 0x04, 0x04);
+    check("no limit", second, {{Options, 0}}, {lifted, fast}, 2, 8, 0x0D, 0x01, 0x01);
+    check("range on the road", fourth, {{AttMax, 3}}, {road}, 2, 3, 0xFF, 113, 113);
+    check("range at idle", fourth, {{AttMax, 3}}, {road, {900, 0, 5}}, 2, 3, 0xFF, 114, 140);
+    check("jump in percent", fourth, {{Options, JumpOn}}, {kick}, 2, 3, 0xFF, 110 + 55, 110 + 55);
+    check("jump in steps", second, {{Options, JumpOn}}, {kick}, 2, 3, 0xFF, 180, 180);
+    check("mirrored, 20 is 4.6 V", fourth, {{Options, JumpOn}, {LambdaType, 1}, {TPSJump, 20}}, {kick}, 2, 3, 0xFF, 50,
+          164);
+    check("not learning on petrol", cold, {}, {{2500, 22, 2, true}}, 2, 8, 0x32, 0x00, 0x00);
+    check("base learnt", fourth, {}, {road, {2500, 22, 8, true}}, 2, 4, 0xFF, 116, 140);
+    check("nothing learnt", fourth, {}, {road, {900, 0, 5}, {900, 0, 21, true}}, 2, 8, 0x32, 0x00, 0x00);
+    check("too little learnt", fourth, {}, {road, {2500, 22, 2, true}, {900, 0, 20}}, 2, 8, 0x32, 0x30, 0x30);
+    check("hours", fourth, {{Minutes, 59}, {HoursLo, 255}}, {kick, kick, kick}, 5, 10, 0xFF, 2, 2);
 }
 
 TEST(Simulator, RepliesComeWhenTheLineAndTheFaultsLetThem) {
@@ -360,8 +155,8 @@ TEST(Simulator, RepliesComeWhenTheLineAndTheFaultsLetThem) {
     check(true, "silence", AskIdentity, {});
     check(true, "late", AskIdentity, {305208, 306250, 307292, 308333});
     check(true, "split", AskIdentity, {5208, 6250, 127292, 128333});
-    check(true, "doubled=1", Hex("65 01 01 67 65 1E 34 B7"),
-          {5208, 6250, 7292, 8333, 9375, 10417, 11458, 12500, 13542, 14583, 15625});
+    check(true, "doubled=1", AskIdentity, {5208, 6250, 7292, 8333, 9375, 10417, 11458, 12500});
+    check(true, "silence=1", Hex("65 01 01 67 65 1E 34 B7"), {9375, 10417, 11458});
     check(true, "hang-up", AskIdentity, {5208, 6250}, 26250);
     check(false, "split", AskIdentity, {0, 0, 120000, 120000});
     std::vector<long> endless(4);
@@ -376,29 +171,174 @@ TEST(Simulator, ACutLineForgetsAndItsLogKeepsWhatWasSent) {
     config.wirePace = true;
     config.faults = {*ParseFault("hang-up=1")};
     Responder line(config);
-    std::size_t observed = 0;
-    line.observe([&](const LogEntry& entry) { observed += entry.reply.size(); });
     line.take(Hex("65 01 01 67 65 02 02 69 65 13 07"), 1);
     line.cut();
     EXPECT_TRUE(line.nextByte() == Never && line.hangUp() == Never && line.bytesToCome() == 0);
     line.take(Hex("65 13 07 7F 65 13 08 00"), 1.001);
     EXPECT_NEAR(line.nextByte(), 1.001 + 5 * ByteSeconds, 1e-9) << "nothing before it is on the line";
-    EXPECT_EQ(observed, 2U + 11U + 3U);
     const Log& log = line.log;
     ASSERT_EQ(log.size(), 4U);
-    EXPECT_TRUE(log[0].request.good && !log[0].isWrite && log[0].seconds == 1);
-    EXPECT_EQ(log[0].reply, Hex("65 00"));
-    EXPECT_TRUE(log[2].isWrite && log[2].seconds == 1.001 && log[2].reply == Hex("65 07 6C"));
-    EXPECT_TRUE(!log[3].request.good && log[3].reply.empty());
+    EXPECT_TRUE(log[0].reply == Hex("65 00") && log[2].seconds == 1.001 && !log[3].request.good);
     for (std::size_t frame = 0; frame < Responder::LogLimit; ++frame) {
         line.take(AskIdentity, 2);
     }
     EXPECT_TRUE(log.size() == Responder::LogLimit && log[0].seconds == 2);
+}
 
-    for (const auto& [runs, moment, byte] : {std::tuple{true, 2.0, 20}, {true, 60.0, 50}, {false, 2.0, 0}}) {
+TEST(Simulator, RampsEveryLiveByteByItsRule) {
+    // After a minute's sleep the engine runs on for five seconds: n = 50, 2500 RPM, period 6000.
+    for (const auto& [runs, moment, live] : {std::tuple{true, 2.0, "65 14 34 54 74 98 3A 4C 14 94 3B"},
+                                             {true, 60.0, "65 32 52 72 92 70 17 4C 32 B2 A4"},
+                                             {false, 2.0, "65 00 20 40 60 FF FF 19 00 80 BC"}}) {
+        Config config = Of(4, Scenario::Ramp);
         config.clockRuns = runs;
         Responder engine(config);
         engine.advance(moment);
-        EXPECT_EQ(engine.controller.block(2)[1], byte) << moment;
+        EXPECT_EQ(engine.controller.exchange(AskLive), Hex(live));
     }
+}
+
+TEST(Simulator, ReadsItsCommandLine) {
+    const auto parse = [](std::vector<std::string> words) {
+        words.insert(words.begin(), "tarvex-simulator");
+        std::vector<char*> arguments(words.size() + 1);
+        std::ranges::transform(words, arguments.begin(), [](std::string& word) { return word.data(); });
+        return ParseCommandLine(static_cast<int>(words.size()), arguments.data());
+    };
+    const CommandLine line = parse({"--family=2", "--firmware", "31", "--pace=none", "--port=a/COM1", "--scenario=ramp",
+                                    "--fault=late=3", "--fault=silence", "--seed=9", "--verbose"});
+    EXPECT_EQ(line.error, "");
+    const Config& config = line.config;
+    EXPECT_TRUE(config.family == 2 && config.firmware == 31 && config.portLink == "a/COM1");
+    EXPECT_TRUE(config.scenario == Scenario::Ramp && config.faults.size() == 2 && config.seed == 9);
+    EXPECT_TRUE(line.verbose && !config.wirePace && !line.help);
+    EXPECT_EQ(parse({"--family=9"}).error, "read option '--family=9': a family is a number from 1 to 8");
+    for (const char* wrong :
+         {"--family=2x", "--firmware=32", "--pace=fast", "--port=", "--seed=-1", "--scenario=x", "--fault=late=-1",
+          "--seed", "--nonsense", "--verbose=1", "word", "--fault=", "--fault=quiet",
+          "--fault=silence=", "--fault=silence=0", "--fault=silence=1.5", "--fault=silence=3x"}) {
+        EXPECT_NE(parse({wrong}).error, "") << wrong;
+    }
+}
+
+namespace {
+
+constexpr double Patience = 10;  // seconds; only a failing test waits so long
+
+class Line {
+public:
+    explicit Line(const std::string& path) : handle(::open(path.c_str(), O_RDWR | O_NOCTTY)) {
+    }
+    ~Line() {
+        ::close(handle);
+    }
+
+    // As much of the reply as comes before the device goes away.
+    Bytes ask(const Bytes& request, std::size_t length) const {
+        EXPECT_EQ(::write(handle, request.data(), request.size()), static_cast<ssize_t>(request.size()));
+        Bytes reply;
+        pollfd wanted{handle, POLLIN, 0};
+        std::uint8_t byte;
+        while (reply.size() < length && ::poll(&wanted, 1, 1000 * static_cast<int>(Patience)) == 1 &&
+               ::read(handle, &byte, 1) == 1) {
+            reply.push_back(byte);
+        }
+        return reply;
+    }
+
+    const int handle;
+};
+
+class SimulatorDevice : public testing::Test {
+protected:
+    SimulatorDevice() {
+        config.portLink = folder / "COM1";
+    }
+    ~SimulatorDevice() override {
+        fs::remove_all(folder);
+    }
+
+    const fs::path folder = fs::temp_directory_path() / ("simulator-test-" + std::to_string(::getpid()));
+    Config config = Of(4);
+};
+
+}  // namespace
+
+TEST_F(SimulatorDevice, AnswersAtThePaceOfTheWireAndComesBackAfterAHangUp) {
+    config.wirePace = true;
+    fs::create_directories(folder);
+    fs::create_symlink("/nowhere", config.portLink);  // left behind by an earlier run
+    {
+        Server server(config);
+        EXPECT_EQ(fs::read_symlink(config.portLink), server.devicePath());
+        const Line line(config.portLink);
+        termios settings{};
+        ::tcgetattr(line.handle, &settings);
+        ::cfsetspeed(&settings, B9600);
+        ::tcsetattr(line.handle, TCSANOW, &settings);
+        EXPECT_EQ(server.lineSpeed(), 9600);
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_EQ(line.ask(AskIdentity, 4), Identity);
+        const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
+        EXPECT_GE(taken.count(), 8 * ByteSeconds);
+        server.addFault(*ParseFault("hang-up=1"));
+        EXPECT_LT(line.ask(AskIdentity, 4).size(), 4U);
+        ASSERT_TRUE(server.waitPlugged(Patience));
+        EXPECT_EQ(Line(config.portLink).ask(AskIdentity, 4), Identity);
+    }
+    EXPECT_FALSE(fs::is_symlink(config.portLink));
+    std::ofstream(config.portLink) << "not a link";
+    EXPECT_THROW(Server{config}, std::system_error) << "a file in the way is not ours to remove";
+}
+
+TEST_F(SimulatorDevice, OutlivesAUserWhoNeverReadsAndFreesThePortWhenHeIsGone) {
+    Server server(config);
+    {
+        Line line(config.portLink);
+        ASSERT_EQ(::ioctl(line.handle, TIOCEXCL), 0);
+        constexpr std::size_t frames = 4500;  // whose replies are more than the device buffers
+        for (std::size_t i = 0; i < frames; ++i) {
+            line.ask(Hex("65 05 05 6F"), 0);
+        }
+        ASSERT_TRUE(server.waitForFrames(frames, Patience));
+        server.clearLog();
+        line.ask(AskLive, 0);
+        ASSERT_TRUE(server.waitForFrames(1, Patience));
+        // A logged reply has been sent, or lost for want of room.
+        ::tcflush(line.handle, TCIFLUSH);
+        EXPECT_EQ(line.ask(AskIdentity, 4), Identity);
+    }
+    int exclusive = 1;
+    const auto giveUp = std::chrono::steady_clock::now() + std::chrono::duration<double>(Patience);
+    while (exclusive != 0 && std::chrono::steady_clock::now() < giveUp) {
+        const Line next(config.portLink);
+        ::ioctl(next.handle, TIOCGEXCL, &exclusive);
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(exclusive, 0);
+}
+
+TEST_F(SimulatorDevice, ObeysTheConsole) {
+    config.scenario = Scenario::Off;
+    Server server(config);
+    const auto run = [&](const char* line) { return RunConsoleCommand(server, line).text; };
+    for (const char* right : {"set 18 99", "live 9 200", "start", "throttle 40", "gas", "fault garbage 1"}) {
+        EXPECT_EQ(run(right), "") << right;
+    }
+    server.with([](Controller& controller) {
+        controller.step(5);
+        EXPECT_NEAR(controller.engine.rpm(), 900 + 55 * 40, 150);
+        const Bytes live = controller.block(2);
+        EXPECT_TRUE((live[8] & 0x01) == 1 && live[9] == 200 && live[4] == 99);
+    });
+    const Line line(config.portLink);
+    EXPECT_NE(line.ask(AskIdentity, 4)[0], Marker);
+    EXPECT_EQ(line.ask(AskIdentity, 4), Identity);
+    for (const char* wrong :
+         {"set 50 1", "set 30 51", "set 5", "set 5 256", "temp hot", "fault", "live 10 0", "jump"}) {
+        EXPECT_NE(run(wrong), "") << wrong;
+    }
+    EXPECT_EQ(run("unplug"), "");
+    EXPECT_NE(run("show").find("unplugged"), std::string::npos);
+    EXPECT_TRUE(RunConsoleCommand(server, "quit").quit);
 }

@@ -97,6 +97,23 @@ inline void clearMirrors() {
     ParamBlockB = {};
 }
 
+// A write by the cell's number on the wire; the value's low byte.
+inline std::string cellFrame(unsigned number, unsigned value) {
+    const auto byte = [](unsigned whole) { return static_cast<std::uint8_t>(whole); };
+    return hex({0x65, byte(number), byte(value), byte(0x65 + number + value)});
+}
+
+// With the mouse: an entry of a list; a box has but its other state.
+inline void chooseByMouse(int id, int entry) {
+    ASSERT_TRUE(pumpUntil([=] { return IsWindowVisible(control(id)) && IsWindowEnabled(control(id)); }));
+    clickOn(control(id));
+    if (isList(id)) {
+        ASSERT_TRUE(pumpUntil([=] { return listOpen(control(id)) && ComboOpen == 1; }));
+        clickEntry(entry);
+        ASSERT_TRUE(pumpUntil([=] { return !listOpen(control(id)) && ComboOpen == 0; }));
+    }
+}
+
 class TuningPages : public WindowFixture {
 protected:
     // Leaves the page at rest: from here on it ticks when told.
