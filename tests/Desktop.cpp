@@ -21,8 +21,19 @@ using layer::Window;
 QPointer<QWindow> pressedIn;
 Qt::MouseButtons buttons;
 
+// A menu of Qt's own leaves the keyboard where it was, on every desktop but the offscreen one.
+void keepFocus(QWindow* next) {
+    static QPointer<QWindow> before;
+    if (!next || next->type() != Qt::Popup) {
+        before = next;
+    } else if (before) {
+        before->requestActivate();
+    }
+}
+
 // In real time there is nothing to wait for.
 void hand(std::function<void()> input) {
+    static const auto kept = QObject::connect(qApp, &QGuiApplication::focusWindowChanged, keepFocus);
     HeldClock* clock = HeldClock::current();
     clock ? clock->put(std::move(input)) : input();
 }
@@ -125,8 +136,7 @@ void rollWheel(QPoint at, int notches) {
         if (window) {
             QWheelEvent wheel(window->mapFromGlobal(QPointF(at)), at, QPoint(), QPoint(0, 120 * notches), Qt::NoButton,
                               Qt::NoModifier, Qt::NoScrollPhase, false);
-            QSpontaneKeyEvent::setSpontaneous(&wheel);
-            qApp->notify(window, &wheel);
+            QCoreApplication::sendEvent(window, &wheel);
         }
     });
 }

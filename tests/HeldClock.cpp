@@ -13,7 +13,8 @@
 
 namespace {
 
-HeldClock* held = nullptr;
+// In the one thread of the program; those of Qt's that talk with the desktop keep real time.
+thread_local HeldClock* held = nullptr;
 
 constexpr int MostRoundsOfDesktop = 1000;
 
