@@ -30,6 +30,11 @@ const Key Keys[] = {
 const Key Return = {Qt::Key_Return, "\r", Qt::NoModifier};
 const Key Escape = {Qt::Key_Escape, "\x1B", Qt::NoModifier};
 
+// Desktops place the window a little differently.
+QPoint inWindow(QPoint place) {
+    return layer::find(MainWindow)->outer->mapToGlobal(place);
+}
+
 std::string at(QPoint place) {
     return " at " + std::to_string(place.x()) + "," + std::to_string(place.y());
 }
@@ -199,7 +204,7 @@ void User::planMenu() {
             strike(Escape);
             break;
         case 1:
-            click(QPoint(300, 500), "beside the menu");
+            click(inWindow({300, 500}), "beside the menu");
             break;
         case 2:
             anyKey();
@@ -221,14 +226,14 @@ void User::planList() {
             strike(Escape);
             break;
         case 1:
-            click(QPoint(static_cast<int>(dice.below(1200)), static_cast<int>(dice.below(900))), "somewhere");
+            click(inWindow({static_cast<int>(dice.below(1200)), static_cast<int>(dice.below(900))}), "somewhere");
             break;
         case 2:
         case 3:
             anyKey();
             break;
         case 4:
-            roll(entries.empty() ? QPoint(300, 300) : dice.oneOf(entries));
+            roll(entries.empty() ? inWindow({300, 300}) : dice.oneOf(entries));
             break;
         default:
             if (!entries.empty()) {
