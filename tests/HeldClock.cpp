@@ -6,6 +6,7 @@
 #include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QDateTime>
+#include <QTimeZone>
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -71,7 +72,7 @@ void HeldClock::pass(Moment duration) {
 
 SYSTEMTIME HeldClock::localTime() {
     const QDateTime start(QDate(startTime.wYear, startTime.wMonth, startTime.wDay),
-                          QTime(startTime.wHour, startTime.wMinute, startTime.wSecond), Qt::UTC);
+                          QTime(startTime.wHour, startTime.wMinute, startTime.wSecond), QTimeZone::utc());
     const QDateTime moment = start.addMSecs((time - Start) / Millisecond);
     const QDate date = moment.date();
     const QTime hour = moment.time();
