@@ -8,29 +8,36 @@
 #include <QTest>
 #include <QWheelEvent>
 #include <QWindow>
+#include <algorithm>
 
 #include "HeldClock.h"
 
 namespace desktop {
 
-namespace {
-
 using layer::Window;
 
-// Where the mouse goes while a button is held.
-QPointer<QWindow> pressedIn;
-Qt::MouseButtons buttons;
+namespace {
+
+// A menu of Qt's own leaves the keyboard where it was, on every desktop but the offscreen one.
+void keepFocus(QWindow* next) {
+    static QPointer<QWindow> before;
+    if (!next || next->type() != Qt::Popup) {
+        before = next;
+    } else if (before) {
+        before->requestActivate();
+    }
+}
 
 // In real time there is nothing to wait for.
 void hand(std::function<void()> input) {
+    static const auto kept = QObject::connect(qApp, &QGuiApplication::focusWindowChanged, keepFocus);
     HeldClock* clock = HeldClock::current();
     clock ? clock->put(std::move(input)) : input();
 }
 
 QWidget* windowWidgetAt(QPoint place) {
-    const QWidgetList windows = QApplication::topLevelWidgets();
     QWidget* found = nullptr;
-    for (QWidget* window : windows) {
+    for (QWidget* window : QApplication::topLevelWidgets()) {
         const bool above = !found || window->windowType() == Qt::ToolTip || window->windowType() == Qt::Popup ||
                            (window->windowType() == Qt::Dialog && found->windowType() == Qt::Window);
         if (window->isVisible() && window->geometry().contains(place) && above) {
@@ -40,19 +47,25 @@ QWidget* windowWidgetAt(QPoint place) {
     return found;
 }
 
+QPointer<QWindow> windowOn(QPoint place) {
+    const QWidget* widget = windowWidgetAt(place);
+    return widget ? widget->windowHandle() : nullptr;
+}
+
 void sendMouse(QPoint at, Qt::MouseButton button, QEvent::Type type) {
-    const QWidget* widget = windowWidgetAt(at);
+    // Where the mouse goes while a button is held.
+    static QPointer<QWindow> pressedIn;
+    static Qt::MouseButtons buttons;
     if (type == QEvent::MouseButtonPress && !buttons) {
-        pressedIn = widget ? widget->windowHandle() : nullptr;
+        pressedIn = windowOn(at);
     }
     buttons.setFlag(button, type == QEvent::MouseButtonPress);
-    QPointer<QWindow> target = pressedIn ? pressedIn.data() : widget ? widget->windowHandle() : nullptr;
+    const QPointer<QWindow> target = pressedIn ? pressedIn : windowOn(at);
     if (type == QEvent::MouseButtonRelease && !buttons) {
         pressedIn = nullptr;
     }
-    const Qt::MouseButtons held = buttons;
     const auto when = static_cast<int>(layer::theClock().now() / Millisecond);
-    hand([=] {
+    hand([=, held = buttons] {
         if (target) {
             qt_handleMouseEvent(target, target->mapFromGlobal(at), at, held, button, type, Qt::NoModifier, when);
         }
@@ -60,20 +73,23 @@ void sendMouse(QPoint at, Qt::MouseButton button, QEvent::Type type) {
 }
 
 void sendKey(const Key& key, QEvent::Type type, bool isRepeat) {
-    QPointer<QWindow> focus = QGuiApplication::focusWindow();
-    hand([=] {
+    hand([=, focus = QPointer<QWindow>(QGuiApplication::focusWindow())] {
         if (focus) {
             qt_handleKeyEvent(focus, type, key.key, key.modifiers, key.text, isRepeat);
         }
     });
 }
 
+QWidget* topWindow() {
+    QWidget* const foreign = layer::foreignDialog();
+    return foreign || layer::topLevels().empty() ? foreign : layer::topLevels().back()->outer.data();
+}
+
 // The innermost visible window that contains the place.
 Window* innermost(Window& window, QPoint place) {
     Window* found = &window;
     for (Window* child : window.children) {
-        const bool transparent = child->kind == layer::Kind::Static;
-        if (child->visible && child->outer && !transparent &&
+        if (child->visible && child->outer && child->kind != layer::Kind::Static &&
             QRect(child->outer->mapToGlobal(QPoint()), child->outer->size()).contains(place)) {
             found = innermost(*child, place);
         }
@@ -81,25 +97,10 @@ Window* innermost(Window& window, QPoint place) {
     return found;
 }
 
-Window* windowOf(const QWidget* widget) {
-    for (Window* frame : layer::topLevels()) {
-        std::vector<Window*> open{frame};
-        while (!open.empty()) {
-            Window* window = open.back();
-            open.pop_back();
-            if (widget && (window->outer == widget || window->client == widget)) {
-                return window;
-            }
-            open.insert(open.end(), window->children.begin(), window->children.end());
-        }
-    }
-    return nullptr;
-}
-
-std::vector<QPoint> middlesOf(const QList<QAction*>& actions, const auto& widget) {
+std::vector<QPoint> middlesOf(const auto* widget) {
     std::vector<QPoint> places;
-    for (QAction* action : actions) {
-        places.push_back(widget.mapToGlobal(widget.actionGeometry(action).center()));
+    for (QAction* action : widget ? widget->actions() : QList<QAction*>()) {
+        places.push_back(widget->mapToGlobal(widget->actionGeometry(action).center()));
     }
     return places;
 }
@@ -118,15 +119,17 @@ void releaseButton(QPoint at, Qt::MouseButton button) {
     sendMouse(at, button, QEvent::MouseButtonRelease);
 }
 
+void click(QPoint at, Qt::MouseButton button) {
+    pressButton(at, button);
+    releaseButton(at, button);
+}
+
 void rollWheel(QPoint at, int notches) {
-    const QWidget* const top = windowWidgetAt(at);
-    const QPointer<QWindow> window = top ? top->windowHandle() : nullptr;
-    hand([=] {
+    hand([=, window = windowOn(at)] {
         if (window) {
             QWheelEvent wheel(window->mapFromGlobal(QPointF(at)), at, QPoint(), QPoint(0, 120 * notches), Qt::NoButton,
                               Qt::NoModifier, Qt::NoScrollPhase, false);
-            QSpontaneKeyEvent::setSpontaneous(&wheel);
-            qApp->notify(window, &wheel);
+            QCoreApplication::sendEvent(window, &wheel);
         }
     });
 }
@@ -139,12 +142,13 @@ void releaseKey(const Key& key) {
     sendKey(key, QEvent::KeyRelease, false);
 }
 
+void strike(const Key& key) {
+    pressKey(key);
+    releaseKey(key);
+}
+
 void closeTopWindow() {
-    QPointer<QWidget> top = layer::foreignDialog();
-    if (!top) {
-        top = layer::topLevels().empty() ? nullptr : layer::topLevels().back()->outer.data();
-    }
-    hand([=] {
+    hand([top = QPointer<QWidget>(topWindow())] {
         if (top) {
             top->close();
         }
@@ -162,10 +166,7 @@ void leaveProgram() {
 
 void returnToProgram() {
     hand([] {
-        QWidget* const top = layer::foreignDialog()       ? layer::foreignDialog()
-                             : layer::topLevels().empty() ? nullptr
-                                                          : layer::topLevels().back()->outer.data();
-        if (top) {
+        if (QWidget* const top = topWindow()) {
             top->activateWindow();
         }
     });
@@ -175,8 +176,9 @@ Window* windowAt(QPoint place) {
     if (layer::capture()) {
         return layer::find(layer::capture());
     }
-    Window* top = windowOf(windowWidgetAt(place));
-    return top ? innermost(*top, place) : nullptr;
+    const QWidget* const widget = windowWidgetAt(place);
+    const auto top = std::ranges::find(layer::topLevels(), widget, [](const Window* one) { return one->outer.data(); });
+    return widget && top != layer::topLevels().end() ? innermost(**top, place) : nullptr;
 }
 
 Window* focusedWindow() {
@@ -189,8 +191,7 @@ Window* openList() {
 
 QMenu* openMenu() {
     for (QWidget* window : QApplication::topLevelWidgets()) {
-        auto* menu = qobject_cast<QMenu*>(window);
-        if (menu && menu->isVisible()) {
+        if (auto* menu = qobject_cast<QMenu*>(window); menu && menu->isVisible()) {
             return menu;
         }
     }
@@ -200,15 +201,14 @@ QMenu* openMenu() {
 std::vector<QPoint> barItems() {
     for (const Window* window : layer::topLevels()) {
         if (const auto* bar = window->menu ? window->outer->findChild<QMenuBar*>() : nullptr) {
-            return middlesOf(bar->actions(), *bar);
+            return middlesOf(bar);
         }
     }
     return {};
 }
 
 std::vector<QPoint> menuItems() {
-    const QMenu* menu = openMenu();
-    return menu ? middlesOf(menu->actions(), *menu) : std::vector<QPoint>();
+    return middlesOf(openMenu());
 }
 
 std::vector<QPoint> listEntries() {

@@ -15,6 +15,7 @@ namespace desktop {
 void movePointer(QPoint to);
 void pressButton(QPoint at, Qt::MouseButton button = Qt::LeftButton);
 void releaseButton(QPoint at, Qt::MouseButton button = Qt::LeftButton);
+void click(QPoint at, Qt::MouseButton button = Qt::LeftButton);
 void rollWheel(QPoint at, int notches);
 struct Key {
     int key;
@@ -23,6 +24,7 @@ struct Key {
 };
 void pressKey(const Key& key, bool isRepeat = false);
 void releaseKey(const Key& key);
+void strike(const Key& key);
 
 // The close button of the frame of what is on top.
 void closeTopWindow();

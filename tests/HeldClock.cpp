@@ -14,7 +14,8 @@
 
 namespace {
 
-HeldClock* held = nullptr;
+// In the one thread of the program; those of Qt's that talk with the desktop keep real time.
+thread_local HeldClock* held = nullptr;
 
 constexpr int MostRoundsOfDesktop = 1000;
 
@@ -35,15 +36,7 @@ extern "C" int clock_gettime(clockid_t id, timespec* result) noexcept {
     return static_cast<int>(syscall(SYS_clock_gettime, id, result));
 }
 
-HeldClock::HeldClock()
-    : startTime{.wYear = 2026,
-                .wMonth = 11,
-                .wDayOfWeek = 1,
-                .wDay = 23,
-                .wHour = 9,
-                .wMinute = 0,
-                .wSecond = 0,
-                .wMilliseconds = 0} {
+HeldClock::HeldClock() : startTime{2026, 11, 1, 23, 9, 0, 0, 0} {
     held = this;
     layer::holdClock(this);
 }
@@ -80,15 +73,12 @@ void HeldClock::pass(Moment duration) {
 SYSTEMTIME HeldClock::localTime() {
     const QDateTime start(QDate(startTime.wYear, startTime.wMonth, startTime.wDay),
                           QTime(startTime.wHour, startTime.wMinute, startTime.wSecond), QTimeZone::utc());
-    const QDateTime now = start.addMSecs((time - Start) / Millisecond);
-    return {.wYear = static_cast<WORD>(now.date().year()),
-            .wMonth = static_cast<WORD>(now.date().month()),
-            .wDayOfWeek = static_cast<WORD>(now.date().dayOfWeek() % 7),
-            .wDay = static_cast<WORD>(now.date().day()),
-            .wHour = static_cast<WORD>(now.time().hour()),
-            .wMinute = static_cast<WORD>(now.time().minute()),
-            .wSecond = static_cast<WORD>(now.time().second()),
-            .wMilliseconds = static_cast<WORD>(now.time().msec())};
+    const QDateTime moment = start.addMSecs((time - Start) / Millisecond);
+    const QDate date = moment.date();
+    const QTime hour = moment.time();
+    const auto word = [](int number) { return static_cast<WORD>(number); };
+    return {word(date.year()), word(date.month()),  word(date.dayOfWeek() % 7), word(date.day()),
+            word(hour.hour()), word(hour.minute()), word(hour.second()),        word(hour.msec())};
 }
 
 bool HeldClock::happenBy(Key end) {
@@ -138,9 +128,8 @@ void HeldClock::serveDesktop() {
         inputs.erase(inputs.begin());
         input();
     }
-    int rounds = 0;
-    while (QAbstractEventDispatcher::instance()->processEvents(QEventLoop::AllEvents) &&
-           ++rounds < MostRoundsOfDesktop) {
+    auto* desktop = QAbstractEventDispatcher::instance();
+    for (int round = 0; round < MostRoundsOfDesktop && desktop->processEvents(QEventLoop::AllEvents); ++round) {
     }
 }
 

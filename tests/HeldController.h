@@ -2,6 +2,8 @@
 // on a pseudo-terminal.
 #pragma once
 
+#include <algorithm>
+#include <cmath>
 #include <functional>
 #include <vector>
 
@@ -11,10 +13,19 @@
 class HeldController : public FarEnd, public HeldClock::Source {
 public:
     // Plugs it in as this port. The configuration's link is not used.
-    HeldController(HeldClock& clock, const simulator::Config& config, int port = 1);
-    ~HeldController() override;
+    HeldController(HeldClock& held, const simulator::Config& config, int port = 1)
+        : FarEnd(held, port), responder(config) {
+        clock.add(*this);
+    }
+    ~HeldController() override {
+        clock.remove(*this);
+    }
 
-    bool replug();
+    bool replug() {
+        plugAt = simulator::Never;
+        FarEnd::replug();
+        return true;
+    }
 
     // The controller, with its engine brought up to now.
     template <typename Use>
@@ -48,15 +59,48 @@ public:
         return responder.bytesToCome() > 0 || !isPlugged();
     }
 
-    Moment next() const override;
-    void happen() override;
+    Moment next() const override {
+        Moment first = layer::Never;
+        for (const double moment : {responder.nextByte(), responder.hangUp(), plugAt}) {
+            if (moment >= 0) {
+                first = std::min(first, HeldClock::Start + static_cast<Moment>(std::ceil(moment * 1e9)));
+            }
+        }
+        return first;
+    }
+    void happen() override {
+        // A moment that was rounded up to a nanosecond has come.
+        const double time = seconds() + 1e-9;
+        const simulator::Bytes bytes = responder.give(time);
+        send(bytes);
+        for (size_t at = 0; arrived && at < bytes.size(); ++at) {
+            arrived(bytes[at]);
+        }
+        if (responder.hangUp() >= 0 && responder.hangUp() <= time) {
+            unplug();
+            plugAt = time + simulator::ReplugSeconds;
+        } else if (plugAt >= 0 && plugAt <= time) {
+            replug();
+        }
+    }
 
 protected:
-    void take(std::span<const BYTE> bytes) override;
-    void cut() override;
+    void take(std::span<const BYTE> bytes) override {
+        if (written) {
+            written(bytes);
+        }
+        responder.advance(seconds());
+        responder.take(bytes, seconds());
+    }
+    void cut() override {
+        responder.cut();
+        plugAt = simulator::Never;
+    }
 
 private:
-    double seconds() const;
+    double seconds() const {
+        return static_cast<double>(clock.now() - HeldClock::Start) / static_cast<double>(Second);
+    }
 
     simulator::Responder responder;
     std::function<void(std::span<const BYTE>)> written;

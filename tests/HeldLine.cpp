@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <deque>
 #include <memory>
+#include <utility>
 
 #include "platform/linux/Line.h"
 
@@ -33,13 +34,10 @@ public:
         return far ? State::Ready : State::Gone;
     }
     ssize_t read(std::span<BYTE> into) override {
-        if (!far) {
-            return -1;
-        }
         const size_t count = std::min(into.size(), received.size());
         std::copy_n(received.begin(), count, into.begin());
         received.erase(received.begin(), received.begin() + static_cast<std::ptrdiff_t>(count));
-        return static_cast<ssize_t>(count);
+        return far ? static_cast<ssize_t>(count) : -1;
     }
     ssize_t write(std::span<const BYTE> bytes) override {
         if (!far) {
@@ -56,15 +54,6 @@ public:
         return far != nullptr;
     }
 
-    void arrive(std::span<const BYTE> bytes) {
-        received.insert(received.end(), bytes.begin(), bytes.end());
-    }
-    void lose() {
-        received.clear();
-        far = nullptr;
-    }
-
-private:
     FarEnd* far;  // null once the device has gone
     std::deque<BYTE> received;
 };
@@ -88,13 +77,13 @@ void FarEnd::unplug() {
 
 void FarEnd::send(std::span<const BYTE> bytes) {
     if (user) {
-        user->arrive(bytes);
+        user->received.insert(user->received.end(), bytes.begin(), bytes.end());
     }
 }
 
 void FarEnd::loseUser() {
     if (user) {
-        user->lose();
-        user = nullptr;
+        user->received.clear();
+        std::exchange(user, nullptr)->far = nullptr;
     }
 }

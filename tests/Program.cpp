@@ -37,31 +37,23 @@ void ProgramFolder::writeIni(unsigned port, const std::string& language) const {
 }
 
 bool startProgram() {
-    if (!CreateMainWindow(nullptr)) {
-        return false;
-    }
+    const bool made = CreateMainWindow(nullptr) != FALSE;
     ShowWindow(MainWindow, SW_SHOWDEFAULT);
     UpdateWindow(MainWindow);
-    return true;
+    return made;
 }
 
 void forgetProgram() {
-    PortNumber = 0;
     LangCode = {};
     LangTable = {};
     MainMenu = nullptr;
     AppPage = ReadingsPage;
     LinkLost = 1;
-    LinkRetries = 0;
     TimerPeriod = GoodLinkPeriod;
-    ActiveTimerPeriod = 0;
     IdentBlock = {};
     LiveBlock = {};
     ParamBlockA = {};
     ParamBlockB = {};
-    ParamTickCount = 0;
-    OnGas = 0;
-    LearnRunning = 0;
-    LearnRequested = 0;
-    StatusHold = 0;
+    PortNumber = ActiveTimerPeriod = ParamTickCount = StatusHold = 0;
+    LinkRetries = OnGas = LearnRunning = LearnRequested = 0;
 }

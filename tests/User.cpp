@@ -20,6 +20,22 @@ namespace {
 constexpr Moment StepPeriod = 5 * Millisecond;
 constexpr Moment Patience = 10 * Second;
 
+QPoint onScreen(HWND window, QPoint place) {
+    return widgetOf(window)->mapToGlobal(place);
+}
+
+void rest() {
+    if (HeldClock::current()) {
+        settle();
+    }
+}
+
+QPoint centreOf(int row) {
+    QAbstractItemView& list = *layer::openListView();
+    list.scrollTo(list.model()->index(row, 0));
+    return list.viewport()->mapToGlobal(list.visualRect(list.model()->index(row, 0)).center());
+}
+
 void endAllDialogs() {
     while (const HWND dialog = openDialogWindow()) {
         EndDialog(dialog, 0);
@@ -74,27 +90,12 @@ bool dialogShown() {
     return dialog && layer::activeWindow() == dialog && widgetOf(dialog)->isActiveWindow() && !layer::nextToPaint();
 }
 
-namespace {
-
-QPoint onScreen(HWND window, QPoint place) {
-    return widgetOf(window)->mapToGlobal(place);
-}
-
-void rest() {
-    if (HeldClock::current()) {
-        settle();
-    }
-}
-
-}  // namespace
-
 void clickOn(HWND control) {
     clickAt(control, widgetOf(control)->rect().center());
 }
 
 void clickAt(HWND window, QPoint place, Qt::MouseButton button) {
-    desktop::pressButton(onScreen(window, place), button);
-    desktop::releaseButton(onScreen(window, place), button);
+    desktop::click(onScreen(window, place), button);
     rest();
 }
 
@@ -118,22 +119,15 @@ void press(int key, Qt::KeyboardModifiers modifiers) {
         {Qt::Key_Return, "\r"},    {Qt::Key_Escape, "\x1B"}, {Qt::Key_Tab, "\t"},
         {Qt::Key_Backspace, "\b"}, {Qt::Key_Space, " "},     {Qt::Key_Delete, "\x7F"},
     };
-    const auto text = texts.find(key);
-    const desktop::Key struck{key, text == texts.end() ? QString() : text->second, modifiers};
-    desktop::pressKey(struck);
-    desktop::releaseKey(struck);
+    desktop::strike({key, texts.contains(key) ? texts.at(key) : QString(), modifiers});
 }
 
 void pressAlt(char16_t letter) {
-    const desktop::Key struck{QChar(letter).toUpper().unicode(), QString(letter), Qt::AltModifier};
-    desktop::pressKey(struck);
-    desktop::releaseKey(struck);
+    desktop::strike({QChar(letter).toUpper().unicode(), QString(letter), Qt::AltModifier});
 }
 
 void type(char16_t letter) {
-    const desktop::Key struck{QChar(letter).toUpper().unicode(), QString(letter), Qt::NoModifier};
-    desktop::pressKey(struck);
-    desktop::releaseKey(struck);
+    desktop::strike({QChar(letter).toUpper().unicode(), QString(letter), Qt::NoModifier});
 }
 
 QMessageBox* box() {
@@ -171,17 +165,14 @@ std::string textOf(const QAction& item) {
 void clickOnBar(int position) {
     const QPoint place = desktop::barItems().at(static_cast<size_t>(position));
     ASSERT_TRUE(widgetOf(MainWindow)->geometry().contains(place));
-    desktop::pressButton(place);
-    desktop::releaseButton(place);
+    desktop::click(place);
     rest();
 }
 
 void choose(int onBar, int item) {
     clickOnBar(onBar);
     ASSERT_TRUE(popup());
-    const QPoint place = desktop::menuItems().at(static_cast<size_t>(item));
-    desktop::pressButton(place);
-    desktop::releaseButton(place);
+    desktop::click(desktop::menuItems().at(static_cast<size_t>(item)));
 }
 
 QPoint middleOf(HWND scrollBar, QStyle::SubControl part) {
@@ -205,25 +196,13 @@ bool listOpen(HWND combo) {
     return combo && layer::openList() == combo;
 }
 
-namespace {
-
-QPoint centreOf(int row) {
-    QAbstractItemView& list = *layer::openListView();
-    list.scrollTo(list.model()->index(row, 0));
-    return list.viewport()->mapToGlobal(list.visualRect(list.model()->index(row, 0)).center());
-}
-
-}  // namespace
-
 void pointAt(int row) {
     desktop::movePointer(centreOf(row));
     rest();
 }
 
 void clickEntry(int row) {
-    const QPoint place = centreOf(row);
-    desktop::movePointer(place);
-    desktop::pressButton(place);
-    desktop::releaseButton(place);
+    desktop::movePointer(centreOf(row));
+    desktop::click(centreOf(row));
     rest();
 }

@@ -75,13 +75,6 @@ void settle() {
     clock.whenAtRest(nullptr);
 }
 
-COLORREF pixelOf(HWND window, int x, int y) {
-    const HDC dc = GetDC(window);
-    const COLORREF colour = GetPixel(dc, x, y);
-    ReleaseDC(window, dc);
-    return colour;
-}
-
 std::vector<COLORREF> snapshot(HWND window, const RECT& area) {
     std::vector<COLORREF> pixels;
     const HDC dc = GetDC(window);
@@ -92,6 +85,10 @@ std::vector<COLORREF> snapshot(HWND window, const RECT& area) {
     }
     ReleaseDC(window, dc);
     return pixels;
+}
+
+COLORREF pixelOf(HWND window, int x, int y) {
+    return snapshot(window, {x, y, x + 1, y + 1}).front();
 }
 
 int countPixels(HWND window, const RECT& area, const std::function<bool(COLORREF)>& wanted) {
@@ -143,13 +140,11 @@ std::string line(size_t number) {
 }
 
 std::string hex(const simulator::Bytes& bytes) {
-    std::string text;
-    for (const std::uint8_t byte : bytes) {
-        std::array<char, 4> digits{};
-        std::snprintf(digits.data(), digits.size(), text.empty() ? "%02X" : " %02X", byte);
-        text += digits.data();
-    }
-    return text;
+    const auto size = static_cast<qsizetype>(bytes.size());
+    return QByteArray::fromRawData(reinterpret_cast<const char*>(bytes.data()), size)
+        .toHex(' ')
+        .toUpper()
+        .toStdString();
 }
 
 void WindowFixture::TearDown() {
@@ -169,18 +164,8 @@ std::string WindowFixture::readFile(const std::string& name) const {
     return content.str();
 }
 
-void WindowFixture::writeIni(unsigned port, const std::string& language) const {
-    place.writeIni(port, language);
-}
-
 void WindowFixture::plugController(int family, int firmware) {
-    simulator::Config config;
-    config.family = family;
-    config.firmware = firmware;
-    config.wirePace = false;
-    config.clockRuns = false;
-    config.scenario = simulator::Scenario::Idle;
-    plug(config);
+    plug({family, firmware, false, 1, "", simulator::Scenario::Idle, false, {}});
 }
 
 void WindowFixture::plug(const simulator::Config& config) {
@@ -207,9 +192,7 @@ bool WindowFixture::untilRead() {
     });
 }
 
-namespace {
-
-std::string framesOf(const simulator::Log& log, bool onlyWrites) {
+static std::string framesOf(const simulator::Log& log, bool onlyWrites) {
     std::string all;
     for (const simulator::LogEntry& entry : log) {
         if (entry.isWrite || !onlyWrites) {
@@ -218,8 +201,6 @@ std::string framesOf(const simulator::Log& log, bool onlyWrites) {
     }
     return all;
 }
-
-}  // namespace
 
 std::string WindowFixture::written() const {
     return framesOf(server->log(), true);
@@ -267,19 +248,7 @@ void WindowFixture::repaint() {
     UpdateWindow(MainWindow);
 }
 
-COLORREF WindowFixture::page(int x, int y) const {
-    return pixelOf(PageWindow, x, y);
-}
-
-RECT WindowFixture::statusRow(int row) const {
+RECT WindowFixture::statusRow(int row) {
     const int top = 385 + 20 * row;
     return {DesignX(40), DesignY(top), DesignX(440), DesignY(top + 20)};
-}
-
-int WindowFixture::redInRow(int row) const {
-    return countPixels(PageWindow, statusRow(row), reddish);
-}
-
-int WindowFixture::blackInRow(int row) const {
-    return countPixels(PageWindow, statusRow(row), darkish);
 }

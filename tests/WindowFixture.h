@@ -14,22 +14,14 @@
 #include "Program.h"
 #include "platform/Win32.h"
 #include "resources/Ids.h"
+#include "shell/AppState.h"
 
 class QWidget;
 
-constexpr COLORREF Black = RGB(0, 0, 0);
-constexpr COLORREF White = RGB(255, 255, 255);
-constexpr COLORREF Silver = RGB(192, 192, 192);
-constexpr COLORREF Grey = RGB(128, 128, 128);
-constexpr COLORREF PaleGrey = RGB(210, 210, 210);
-constexpr COLORREF Red = RGB(255, 0, 0);
-constexpr COLORREF DarkGreen = RGB(0, 128, 0);
-constexpr COLORREF Green = RGB(0, 255, 0);
-constexpr COLORREF Blue = RGB(0, 0, 255);
-constexpr COLORREF Cyan = RGB(0, 255, 255);
-constexpr COLORREF Yellow = RGB(255, 255, 0);
-constexpr COLORREF Navy = RGB(0, 0, 128);
-constexpr COLORREF Olive = RGB(128, 128, 0);
+constexpr COLORREF Black = RGB(0, 0, 0), White = RGB(255, 255, 255), Silver = RGB(192, 192, 192);
+constexpr COLORREF Grey = RGB(128, 128, 128), PaleGrey = RGB(210, 210, 210), Red = RGB(255, 0, 0);
+constexpr COLORREF DarkGreen = RGB(0, 128, 0), Green = RGB(0, 255, 0), Blue = RGB(0, 0, 255), Cyan = RGB(0, 255, 255);
+constexpr COLORREF Yellow = RGB(255, 255, 0), Navy = RGB(0, 0, 128), Olive = RGB(128, 128, 0);
 
 // Runs the loop that the program runs, accelerators included, until the condition holds. False when so much time has
 // passed on the clock that is held, or the quit message came, whose code is then in lastExitCode.
@@ -75,7 +67,9 @@ protected:
 
     void writeFile(const std::string& name, const std::string& content) const;
     std::string readFile(const std::string& name) const;
-    void writeIni(unsigned port, const std::string& language) const;
+    void writeIni(unsigned port, const std::string& language) const {
+        place.writeIni(port, language);
+    }
 
     // At COM 1, in place of the one there.
     void plug(const simulator::Config& config);
@@ -103,11 +97,17 @@ protected:
     void useProfile(int profile);
     static void repaint();
 
-    COLORREF page(int x, int y) const;
+    static COLORREF page(int x, int y) {
+        return pixelOf(PageWindow, x, y);
+    }
+    static RECT statusRow(int row);
     // Letters in a row of the status panel, 1 to 5.
-    int redInRow(int row) const;
-    int blackInRow(int row) const;
-    RECT statusRow(int row) const;
+    static int redInRow(int row) {
+        return countPixels(PageWindow, statusRow(row), reddish);
+    }
+    static int blackInRow(int row) {
+        return countPixels(PageWindow, statusRow(row), darkish);
+    }
 
     const ProgramFolder place;
     const std::filesystem::path& folder;

@@ -9,35 +9,50 @@
 #include "OffscreenDesktop.h"
 #include "Program.h"
 #include "platform/linux/Entry.h"
+#include "resources/Ids.h"
 #include "shell/AppState.h"
 #include "shell/MainWindow.h"
+#include "walk/RealDesktop.h"
 #include "walk/Walk.h"
 
 namespace {
 
 struct Order {
-    unsigned seed = 0;
-    int inputs = 0;
-    int from = -1;
+    unsigned seed;
+    int inputs;
+    int from;  // -1: none is told
 };
 
-bool readOrder(int count, char** arguments, Order& order) {
-    const auto number = [&](int at) { return std::strtol(arguments[at], nullptr, 10); };
-    if (count != 3 && !(count == 5 && std::string(arguments[3]) == "--from")) {
+bool readOrder(std::span<char*> words, Order& order) {
+    const auto number = [&](size_t at) { return static_cast<int>(std::strtol(words[at], nullptr, 10)); };
+    const bool tells = words.size() == 5 && std::string(words[3]) == "--from";
+    if (words.size() != 3 && !tells) {
         return false;
     }
-    order = {static_cast<unsigned>(number(1)), static_cast<int>(number(2)),
-             count == 5 ? static_cast<int>(number(4)) : -1};
+    order = {static_cast<unsigned>(number(1)), number(2), tells ? number(4) : -1};
     return order.inputs > 0;
 }
 
 constexpr Moment LastRest = 4 * Second;
+constexpr int AnswersAnInput = 20;
 
 class Session {
 public:
     explicit Session(const Order& asked)
         : order(asked), dice(asked.seed), line(clock, dice), watch(clock, line), user(clock, dice, watch) {
+        if (QGuiApplication::platformName() == u"xcb") {
+            server = std::make_unique<walk::Server>();
+        }
+        if (server && qEnvironmentVariableIsSet("QT_LINUX_ACCESSIBILITY_ALWAYS_ON")) {
+            reader = std::make_unique<walk::Reader>();
+        }
         clock.whenAtRest([this] {
+            if (server && !server->isAtRest()) {
+                return true;
+            }
+            if (reader && std::exchange(readAt, done) != done) {
+                reader->serve(AnswersAnInput);
+            }
             watch.lookAtRest();
             stopAtFault();
             return false;
@@ -48,33 +63,29 @@ public:
     // The program may be closed by its user, who then starts it anew.
     [[noreturn]] void run() {
         place.writeIni(1, dice.oneOf(std::to_array({"ang", "pol", "rus", "lit", "cs"})));
-        for (;;) {
-            if (!startProgram()) {
-                std::fprintf(stderr, "start program: no window\n");
-                std::_Exit(2);
-            }
+        while (startProgram()) {
             RunMessageLoop();
             forgetProgram();
         }
+        std::fprintf(stderr, "start program: no window\n");
+        leave(2);
     }
 
 private:
     void next() {
-        if (done == order.inputs) {
+        if (done >= order.inputs && user.isDone()) {
             line.mend();
             clock.at(clock.now() + LastRest, [this] { end(); });
             return;
         }
         const std::string words = user.act();
+        const double seconds = static_cast<double>(clock.now() - HeldClock::Start) / 1e9;
         if (order.from >= 0 && done >= order.from) {
-            std::printf("%6d %13.6f  %s\n", done, static_cast<double>(clock.now() - HeldClock::Start) / 1e9,
-                        words.c_str());
-            std::fflush(stdout);
+            std::printf("%6d %13.6f  %s\n", done, seconds, words.c_str());
         }
         ++done;
         if (done * 10 % order.inputs < 10 && order.from < 0) {
-            std::printf("%d inputs, %.0f s\n", done, static_cast<double>(clock.now() - HeldClock::Start) / 1e9);
-            std::fflush(stdout);
+            std::printf("%d inputs, %.0f s\n", done, seconds);
         }
         clock.at(clock.now() + user.pause(), [this] { next(); });
     }
@@ -88,16 +99,26 @@ private:
 
     void end() {
         const QImage picture = layer::find(MainWindow)->outer->grab().toImage();
-        std::uint64_t digest = watch.digest;
-        for (int row = 0; row < picture.height(); ++row) {
-            const uchar* const bytes = picture.constScanLine(row);
-            for (qsizetype at = 0; at < picture.bytesPerLine(); ++at) {
-                digest = (digest ^ bytes[at]) * 0x100000001B3;
-            }
+        for (const uchar byte : std::span(picture.constBits(), static_cast<size_t>(picture.sizeInBytes()))) {
+            watch.digest.add(byte);
         }
+        desktop::returnToProgram();
+        goHome();
+    }
+
+    // Back on the main screen there is as much of everything as there was at first.
+    void goHome() {
+        const bool home = !user.close();
+        if (home) {
+            PostMessageA(MainWindow, WM_COMMAND, IDM_READINGS, 0);
+        }
+        clock.at(clock.now() + Second, [=, this] { home&& watch.hasCounted() ? tell() : goHome(); });
+    }
+
+    void tell() {
         std::printf("%d reads and %d writes on %zu pages and dialogs\n", watch.polls, watch.writes,
                     watch.visited.size());
-        std::printf("digest %016llx\n", static_cast<unsigned long long>(digest));
+        std::printf("digest %016llx\n", static_cast<unsigned long long>(watch.digest.sum));
         leave(0);
     }
 
@@ -117,16 +138,21 @@ private:
     walk::Watch watch;
     walk::User user;
     int done = 0;
+    std::unique_ptr<walk::Server> server;
+    std::unique_ptr<walk::Reader> reader;
+    int readAt = 0;  // of the inputs
 };
 
 }  // namespace
 
 int main(int count, char** arguments) {
-    Order order;
-    if (!readOrder(count, arguments, order)) {
+    Order order{};
+    if (!readOrder({arguments, static_cast<size_t>(count)}, order)) {
         std::fprintf(stderr, "walk SEED INPUTS [--from N]\n");
         return 2;
     }
+    // What it has told so far is seen also of one that hangs.
+    std::setvbuf(stdout, nullptr, _IOLBF, 0);
     auto screen = std::make_unique<OffscreenDesktop>();
     const QApplication application(count, arguments);
     screen.reset();

@@ -27,8 +27,13 @@ const Key Keys[] = {
     {Qt::Key_Alt, "", Qt::NoModifier},         {Qt::Key_Delete, "", Qt::NoModifier},
     {Qt::Key_Backspace, "\b", Qt::NoModifier},
 };
-const Key Return = {Qt::Key_Return, "\r", Qt::NoModifier};
-const Key Escape = {Qt::Key_Escape, "\x1B", Qt::NoModifier};
+const Key& Return = Keys[8];
+const Key& Escape = Keys[9];
+
+// Desktops place the window a little differently.
+QPoint inWindow(QPoint place) {
+    return layer::find(MainWindow)->outer->mapToGlobal(place);
+}
 
 std::string at(QPoint place) {
     return " at " + std::to_string(place.x()) + "," + std::to_string(place.y());
@@ -38,6 +43,10 @@ std::string inWords(const Key& key) {
     const bool letter = !key.text.isEmpty() && key.text.at(0).isPrint();
     return "key " + (key.modifiers & Qt::AltModifier ? std::string("Alt+") : "") +
            (letter ? key.text.toStdString() : std::to_string(key.key));
+}
+
+std::string nameOf(const Window& control) {
+    return walk::nameOf(placeOnTop()) + (" " + std::to_string(control.id));
 }
 
 }  // namespace
@@ -82,59 +91,36 @@ void User::plan() {
     std::ranges::reverse(planned);
 }
 
+// It meets what is at the place then; a key meets what has the focus.
+void User::then(const std::string& words, std::optional<QPoint> place, const std::function<void()>& put) {
+    planned.push_back({words, [=, this] {
+                           watch.noteInput(place ? desktop::windowAt(*place) : desktop::focusedWindow());
+                           put();
+                       }});
+}
+
 void User::click(QPoint place, const std::string& what, Qt::MouseButton button) {
-    planned.push_back({"press " + what + at(place), [=, this] {
-                           watch.noteInput(desktop::windowAt(place));
-                           desktop::pressButton(place, button);
-                       }});
-    planned.push_back({"release" + at(place), [=, this] {
-                           watch.noteInput(desktop::windowAt(place));
-                           desktop::releaseButton(place, button);
-                       }});
+    then("press " + what + at(place), place, [=] { desktop::pressButton(place, button); });
+    then("release" + at(place), place, [=] { desktop::releaseButton(place, button); });
 }
 
 void User::drag(QPoint from, QPoint to, const std::string& what) {
-    click(from, what);
-    const Input release = {"release" + at(to), [=, this] {
-                               watch.noteInput(desktop::windowAt(from));
-                               desktop::releaseButton(to);
-                           }};
-    planned.back() = {"move" + at(to), [=, this] {
-                          watch.noteInput(desktop::windowAt(from));
-                          desktop::movePointer(to);
-                      }};
-    planned.push_back(release);
+    then("press " + what + at(from), from, [=] { desktop::pressButton(from); });
+    then("move" + at(to), from, [=] { desktop::movePointer(to); });
+    then("release" + at(to), from, [=] { desktop::releaseButton(to); });
 }
 
 void User::strike(const Key& key) {
-    planned.push_back({inWords(key), [=, this] {
-                           watch.noteInput(desktop::focusedWindow());
-                           desktop::pressKey(key);
-                           desktop::releaseKey(key);
-                       }});
+    then(inWords(key), {}, [=] { desktop::strike(key); });
 }
 
 // As a keyboard repeats it.
 void User::hold(const Key& key) {
-    const auto press = [=, this](bool repeats) {
-        return Input{inWords(key) + (repeats ? " again" : " down"), [=, this] {
-                         watch.noteInput(desktop::focusedWindow());
-                         desktop::pressKey(key, repeats);
-                     }};
-    };
-    planned.push_back(press(false));
+    then(inWords(key) + " down", {}, [=] { desktop::pressKey(key); });
     for (unsigned repeat = dice.below(6); repeat > 0; --repeat) {
-        planned.push_back(press(true));
+        then(inWords(key) + " again", {}, [=] { desktop::pressKey(key, true); });
     }
-    planned.push_back({inWords(key) + " up", [=, this] {
-                           watch.noteInput(desktop::focusedWindow());
-                           desktop::releaseKey(key);
-                       }});
-}
-
-void User::doubleClick(QPoint place, const std::string& what) {
-    click(place, what);
-    click(place, what + " again");
+    then(inWords(key) + " up", {}, [=] { desktop::releaseKey(key); });
 }
 
 void User::disturb() {
@@ -157,10 +143,7 @@ void User::type(const QString& text) {
 
 void User::roll(QPoint place) {
     const int notches = dice.oneIn(2) ? 1 : -1;
-    planned.push_back({"wheel" + at(place), [=, this] {
-                           watch.noteInput(desktop::windowAt(place));
-                           desktop::rollWheel(place, notches);
-                       }});
+    then("wheel" + at(place), place, [=] { desktop::rollWheel(place, notches); });
 }
 
 void User::anyKey() {
@@ -174,14 +157,7 @@ void User::anyKey() {
 }
 
 const Window* User::anyControl() {
-    const Place top = placeOnTop();
-    HWND parent = PageWindow;
-    for (const Window* window : layer::topLevels()) {
-        if (top > Place::Oscilloscope && window->modal && !window->ended) {
-            parent = window->handle;
-        }
-    }
-    const Window* window = layer::find(parent);
+    const Window* window = placeOnTop() > Place::Oscilloscope ? dialogOnTop() : layer::find(PageWindow);
     std::vector<const Window*> workable;
     for (const Window* control : window ? window->children : std::vector<Window*>()) {
         const bool frame = control->kind == Kind::Static || control->kind == Kind::Progress || control->id == 0;
@@ -192,50 +168,43 @@ const Window* User::anyControl() {
     return workable.empty() ? nullptr : dice.oneOf(workable);
 }
 
+bool User::close() {
+    const bool open = desktop::openList() || desktop::openMenu() || boxOnTop() || dialogOnTop();
+    if (open) {
+        strike(dice.oneIn(2) ? Return : Escape);
+        act();
+    }
+    return open;
+}
+
 void User::planMenu() {
     const std::vector<QPoint> items = desktop::menuItems();
-    switch (dice.below(6)) {
-        case 0:
-            strike(Escape);
-            break;
-        case 1:
-            click(QPoint(300, 500), "beside the menu");
-            break;
-        case 2:
-            anyKey();
-            break;
-        default:
-            if (!items.empty()) {
-                click(dice.oneOf(items), "menu item");
-            }
-    }
-    if (planned.empty()) {
+    const unsigned draw = dice.below(6);
+    if (draw == 1) {
+        click(inWindow({300, 500}), "beside the menu");
+    } else if (draw == 2) {
+        anyKey();
+    } else if (draw > 2 && !items.empty()) {
+        click(dice.oneOf(items), "menu item");
+    } else {
         strike(Escape);
     }
 }
 
 void User::planList() {
     const std::vector<QPoint> entries = desktop::listEntries();
-    switch (dice.below(8)) {
-        case 0:
-            strike(Escape);
-            break;
-        case 1:
-            click(QPoint(static_cast<int>(dice.below(1200)), static_cast<int>(dice.below(900))), "somewhere");
-            break;
-        case 2:
-        case 3:
-            anyKey();
-            break;
-        case 4:
-            roll(entries.empty() ? QPoint(300, 300) : dice.oneOf(entries));
-            break;
-        default:
-            if (!entries.empty()) {
-                click(dice.oneOf(entries), "entry");
-            }
-    }
-    if (planned.empty()) {
+    const unsigned draw = dice.below(8);
+    if (draw == 0) {
+        strike(Escape);
+    } else if (draw == 1) {
+        click(inWindow({static_cast<int>(dice.below(1200)), static_cast<int>(dice.below(900))}), "somewhere");
+    } else if (draw < 4) {
+        anyKey();
+    } else if (draw == 4) {
+        roll(entries.empty() ? inWindow({300, 300}) : dice.oneOf(entries));
+    } else if (!entries.empty()) {
+        click(dice.oneOf(entries), "entry");
+    } else {
         strike(Return);
     }
 }
@@ -256,18 +225,17 @@ void User::planDialog() {
         return;
     }
     const QPoint middle = desktop::middleOf(*control);
-    const std::string name = std::string(nameOf(placeOnTop())) + " " + std::to_string(control->id);
     if (control->kind == Kind::ScrollBar) {
         const QRect place(control->outer->mapToGlobal(QPoint()), control->outer->size());
         const QPoint along(place.left() + static_cast<int>(dice.below(static_cast<size_t>(place.width()))), middle.y());
-        dice.oneIn(2) ? click(along, name) : drag(along, middle, name);
+        dice.oneIn(2) ? click(along, nameOf(*control)) : drag(along, middle, nameOf(*control));
     } else if (control->kind == Kind::Edit && dice.oneIn(2)) {
-        click(middle, name);
+        click(middle, nameOf(*control));
         type(dice.oneOf(std::vector<QString>{"kr1", "w 77", "x", "abc12345"}));
     } else if (dice.oneIn(3)) {
         anyKey();
     } else {
-        click(middle, name, dice.oneIn(12) ? Qt::RightButton : Qt::LeftButton);
+        click(middle, nameOf(*control), dice.oneIn(12) ? Qt::RightButton : Qt::LeftButton);
     }
 }
 
@@ -275,20 +243,19 @@ void User::planPage() {
     const std::vector<QPoint> bar = desktop::barItems();
     const Window* control = anyControl();
     const unsigned draw = dice.below(20);
-    if (draw < 3 && !bar.empty()) {
+    if (draw >= 8 ? !control : draw < 3 && !bar.empty()) {
         click(dice.oneOf(bar), "menu bar");
     } else if (draw < 8) {
         anyKey();
-    } else if (draw == 8 && control) {
-        roll(desktop::middleOf(*control));
-    } else if (control) {
-        const std::string name = std::string(nameOf(placeOnTop())) + " " + std::to_string(control->id);
-        const QPoint middle = desktop::middleOf(*control);
-        dice.oneIn(8)    ? drag(middle, middle + QPoint(40, 90), name)
-        : dice.oneIn(12) ? doubleClick(middle, name)
-                         : click(middle, name, dice.oneIn(15) ? Qt::RightButton : Qt::LeftButton);
+    } else if (const QPoint middle = desktop::middleOf(*control); draw == 8) {
+        roll(middle);
+    } else if (dice.oneIn(8)) {
+        drag(middle, middle + QPoint(40, 90), nameOf(*control));
+    } else if (dice.oneIn(12)) {
+        click(middle, nameOf(*control));
+        click(middle, nameOf(*control) + " again");
     } else {
-        click(dice.oneOf(bar), "menu bar");
+        click(middle, nameOf(*control), dice.oneIn(15) ? Qt::RightButton : Qt::LeftButton);
     }
 }
 

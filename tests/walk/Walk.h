@@ -1,7 +1,9 @@
 // A walk: the program with a random user on a random line, and who watches that all stays right.
 #pragma once
 
+#include <map>
 #include <memory>
+#include <optional>
 #include <random>
 #include <set>
 #include <string>
@@ -35,6 +37,13 @@ private:
     std::mt19937 generator;
 };
 
+struct Digest {
+    void add(BYTE value) {
+        sum = (sum ^ value) * 0x100000001B3;
+    }
+    std::uint64_t sum = 0xCBF29CE484222325;
+};
+
 // What is on top: one of the pages, by its number, or a dialog of the program's own over it.
 enum class Place {
     Readings = 1,
@@ -52,6 +61,7 @@ enum class Place {
 };
 Place placeOnTop();
 const char* nameOf(Place place);
+const layer::Window* dialogOnTop();
 // Whether a message box or a file dialog lies over it.
 bool boxOnTop();
 bool fileDialogOnTop();
@@ -88,12 +98,16 @@ public:
     // The user's next input meets this window and, for a key, the file dialog or the box.
     void noteInput(const layer::Window* met);
     void lookAtRest();
+    // Whether there was nothing over the main screen at the last rest, so that all was counted.
+    bool hasCounted() const {
+        return counted;
+    }
 
     std::string fault;  // empty as long as all is right
     int polls = 0;
     int writes = 0;
     std::set<Place> visited;
-    std::uint64_t digest = 0xCBF29CE484222325;
+    Digest digest;
 
 private:
     struct Touch {
@@ -105,12 +119,13 @@ private:
     void takeByte(BYTE value);
     void takeRequest(std::span<const BYTE> frame);
     bool mayRead(unsigned command) const;
-    bool mayWrite(const Touch& touch, unsigned cell, BYTE value) const;
+    static bool mayWrite(const Touch& touch, unsigned cell, BYTE value);
     bool mayWrite(unsigned cell, BYTE value) const;
     void forgetTouches();
     void checkFlags();
     void checkSound();
     void checkControls();
+    void countAll();
     void fail(const std::string& what);
 
     HeldClock& clock;
@@ -126,6 +141,9 @@ private:
     // What polls hang on.
     using State = std::tuple<Place, HWND, const layer::Window*, int, unsigned>;
     State before{};
+    std::map<std::string, size_t> had;  // when the main screen first had nothing over it
+    HWND hadWindow = nullptr;
+    bool counted = false;
 };
 
 // Does one thing after the other, each at a moment of its own choice.
@@ -135,6 +153,12 @@ public:
     }
     // How long until the next input.
     Moment pause();
+    // Whether what was begun is done.
+    bool isDone() const {
+        return planned.empty();
+    }
+    // Closes what is on top; false if only the page is there.
+    bool close();
     // Puts the next input; gives it in words.
     std::string act();
 
@@ -150,11 +174,11 @@ private:
     void planFileDialog();
     void planDialog();
     void planPage();
+    void then(const std::string& words, std::optional<QPoint> place, const std::function<void()>& put);
     void click(QPoint at, const std::string& what, Qt::MouseButton button = Qt::LeftButton);
     void drag(QPoint from, QPoint to, const std::string& what);
     void strike(const desktop::Key& key);
     void hold(const desktop::Key& key);
-    void doubleClick(QPoint at, const std::string& what);
     // The window manager closes what is on top, or another program has the keyboard for a while.
     void disturb();
     void type(const QString& text);

@@ -1,6 +1,8 @@
+#include <QApplication>
 #include <QFileDialog>
 #include <algorithm>
 #include <array>
+#include <filesystem>
 
 #include "TuningBytes.h"
 #include "link/Link.h"
@@ -50,40 +52,34 @@ const PlaceRow& rowOf(Place place) {
 struct Writer {
     Place place;
     int control;
-    std::vector<unsigned> cells;
+    unsigned first;
+    unsigned last;
     int value = -1;
 };
 
-std::vector<unsigned> cells(unsigned first, unsigned last) {
-    std::vector<unsigned> all;
-    for (unsigned cell = first; cell <= last; ++cell) {
-        all.push_back(cell);
-    }
-    return all;
-}
-
-const std::vector<Writer> Writers = {
-    {Place::Readings, IDC_LEARN, {CommandCell}, 50},
-    {Place::Reset, IDC_RESET_BUTTON, cells(5, 29)},
-    {Place::Reset, IDC_RESET_BUTTON, cells(31, 37)},
-    {Place::Reset, IDC_RESET_BUTTON, {CommandCell}, 51},
-    {Place::Reset, IDC_RESET_BUTTON, {49}},
-    {Place::Controller, IDC_INFO_REGISTRATION_BUTTON, cells(42, 48)},
-    {Place::Controller, IDC_INFO_HOURS_BUTTON, {38, 39, 49}, 0},
-    {Place::Controller, IDC_INFO_DATE_BUTTON, {40, 41}},
-    {Place::Emulation, IDC_EMULATION_HI, {10}},
-    {Place::Emulation, IDC_EMULATION_LO, {11}},
-    {Place::GasLevel, IDC_GAS_SENSOR_TYPE, {5}},
-    {Place::GasLevel, IDC_GAS_FACTORY, cells(33, 36)},
-    {Place::GasLevel, IDC_GAS_FACTORY, {CommandCell}, 52},
-    {Place::GasLevel, IDC_GAS_PROG1_BAR, {33}},
-    {Place::GasLevel, IDC_GAS_PROG2_BAR, {34}},
-    {Place::GasLevel, IDC_GAS_PROG3_BAR, {35}},
-    {Place::GasLevel, IDC_GAS_PROG4_BAR, {36}},
-    {Place::Corrections, IDC_CORRECTION_BJ_LOW, {12}},
-    {Place::Corrections, IDC_CORRECTION_BJ_HIGH, {12}},
-    {Place::Corrections, IDC_CORRECTION_DO_LOW, {13}},
-    {Place::Corrections, IDC_CORRECTION_DO_HIGH, {13}},
+const Writer Writers[] = {
+    {Place::Readings, IDC_LEARN, CommandCell, CommandCell, 50},
+    {Place::Reset, IDC_RESET_BUTTON, 5, 29},
+    {Place::Reset, IDC_RESET_BUTTON, CommandCell, CommandCell, 51},
+    {Place::Reset, IDC_RESET_BUTTON, 31, 37},
+    {Place::Reset, IDC_RESET_BUTTON, 49, 49},
+    {Place::Controller, IDC_INFO_REGISTRATION_BUTTON, 42, 48},
+    {Place::Controller, IDC_INFO_HOURS_BUTTON, 38, 39, 0},
+    {Place::Controller, IDC_INFO_HOURS_BUTTON, 49, 49, 0},
+    {Place::Controller, IDC_INFO_DATE_BUTTON, 40, 41},
+    {Place::Emulation, IDC_EMULATION_HI, 10, 10},
+    {Place::Emulation, IDC_EMULATION_LO, 11, 11},
+    {Place::GasLevel, IDC_GAS_SENSOR_TYPE, 5, 5},
+    {Place::GasLevel, IDC_GAS_FACTORY, 33, 36},
+    {Place::GasLevel, IDC_GAS_FACTORY, CommandCell, CommandCell, 52},
+    {Place::GasLevel, IDC_GAS_PROG1_BAR, 33, 33},
+    {Place::GasLevel, IDC_GAS_PROG2_BAR, 34, 34},
+    {Place::GasLevel, IDC_GAS_PROG3_BAR, 35, 35},
+    {Place::GasLevel, IDC_GAS_PROG4_BAR, 36, 36},
+    {Place::Corrections, IDC_CORRECTION_BJ_LOW, 12, 12},
+    {Place::Corrections, IDC_CORRECTION_BJ_HIGH, 12, 12},
+    {Place::Corrections, IDC_CORRECTION_DO_LOW, 13, 13},
+    {Place::Corrections, IDC_CORRECTION_DO_HIGH, 13, 13},
 };
 
 // The byte of which a masked control changes some bits.
@@ -94,23 +90,34 @@ unsigned heldByte(int cell) {
 // Whether one of the row's entries writes this value to this cell.
 bool entryWrites(const Entries& row, unsigned cell, unsigned value) {
     const auto first = static_cast<unsigned>(row.cell);
-    if (cell != first && !(row.twoCells && cell == first + 1)) {
+    const bool masked = cell == first && row.mask != 0;
+    if ((cell != first && !(row.twoCells && cell == first + 1)) ||
+        (masked && ((value ^ heldByte(row.cell)) & ~row.mask & 0xFF) != 0)) {
         return false;
     }
-    if (cell == first && row.mask != 0 && ((value ^ heldByte(row.cell)) & ~row.mask & 0xFF) != 0) {
-        return false;
-    }
-    const unsigned seen = cell == first && row.mask != 0 ? value & row.mask : value;
-    return std::ranges::any_of(row.values, [&](unsigned entry) {
-        const unsigned byte = cell == first ? entry & 0xFF : entry >> 8;
-        return byte == seen;
-    });
+    const unsigned seen = masked ? value & row.mask : value;
+    return std::ranges::any_of(row.values,
+                               [&](unsigned entry) { return (cell == first ? entry & 0xFF : entry >> 8) == seen; });
 }
 
-bool isTuningPlace(Place place) {
-    return place == Place::Configuration || place == Place::Options || place == Place::Emulation ||
-           place == Place::GasLevel || place == Place::Corrections;
+std::string hex(std::span<const BYTE> bytes) {
+    const auto size = static_cast<qsizetype>(bytes.size());
+    return " " + QByteArray(reinterpret_cast<const char*>(bytes.data()), size).toHex(' ').toStdString();
 }
+
+// But for the caches that Qt keeps open, and for what its threads wait on.
+size_t openFiles() {
+    namespace fs = std::filesystem;
+    size_t count = 0;
+    for (const fs::directory_entry& open : fs::directory_iterator("/proc/self/fd")) {
+        std::error_code gone;
+        const bool own = !fs::read_symlink(open, gone).string().starts_with("/usr/");
+        count += own && (open.is_regular_file(gone) || open.is_character_file(gone));
+    }
+    return count;
+}
+
+}  // namespace
 
 const layer::Window* dialogOnTop() {
     for (const layer::Window* window : layer::topLevels()) {
@@ -121,21 +128,15 @@ const layer::Window* dialogOnTop() {
     return nullptr;
 }
 
-std::string hex(std::span<const BYTE> bytes) {
-    std::string text;
-    for (const BYTE byte : bytes) {
-        std::array<char, 4> digits{};
-        std::snprintf(digits.data(), digits.size(), " %02X", byte);
-        text += digits.data();
-    }
-    return text;
-}
-
-}  // namespace
-
 // A page reads while it is made, before AppPage names it.
 Place pageOnTop() {
     return GetDlgItem(PageWindow, IDC_SCOPE_CURSOR) ? Place::Oscilloscope : static_cast<Place>(AppPage);
+}
+
+// The place whose polls run.
+Place asking() {
+    const Place top = placeOnTop();
+    return top == Place::Port ? pageOnTop() : top;
 }
 
 Place placeOnTop() {
@@ -176,9 +177,9 @@ void Watch::fail(const std::string& what) {
 void Watch::takeByte(BYTE value) {
     const auto moment = static_cast<std::uint64_t>(clock.now() - HeldClock::Start);
     for (int shift = 0; shift < 64; shift += 8) {
-        digest = (digest ^ (moment >> shift & 0xFF)) * 0x100000001B3;
+        digest.add(static_cast<BYTE>(moment >> shift));
     }
-    digest = (digest ^ value) * 0x100000001B3;
+    digest.add(value);
 }
 
 void Watch::noteInput(const layer::Window* met) {
@@ -215,17 +216,13 @@ void Watch::takeRequest(std::span<const BYTE> frame) {
 
 bool Watch::mayRead(unsigned command) const {
     // Saving, loading and the reset read all blocks.
-    const Place top = placeOnTop();
     const layer::Window* focus = desktop::focusedWindow();
-    if (fileFlow || touched.contains({Place::Reset, IDC_RESET_BUTTON}) ||
-        (top == Place::Reset && focus && focus->id == IDC_RESET_BUTTON)) {
-        return true;
-    }
-    const Place asking = top == Place::Port ? pageOnTop() : top;
-    return std::ranges::count(rowOf(asking).reads, command) > 0;
+    return fileFlow || touched.contains({Place::Reset, IDC_RESET_BUTTON}) ||
+           (placeOnTop() == Place::Reset && focus && focus->id == IDC_RESET_BUTTON) ||
+           std::ranges::count(rowOf(asking()).reads, command) > 0;
 }
 
-bool Watch::mayWrite(const Touch& touch, unsigned cell, BYTE value) const {
+bool Watch::mayWrite(const Touch& touch, unsigned cell, BYTE value) {
     const bool configuration = touch.place == Place::Configuration;
     if (configuration || touch.place == Place::Options) {
         // All versions of the firmware write alike, and until its first refresh a page offers what only some have.
@@ -235,7 +232,7 @@ bool Watch::mayWrite(const Touch& touch, unsigned cell, BYTE value) const {
             rows, [&](const Entries& row) { return row.id == touch.control && entryWrites(row, cell, value); });
     }
     return std::ranges::any_of(Writers, [&](const Writer& row) {
-        return row.place == touch.place && row.control == touch.control && std::ranges::count(row.cells, cell) > 0 &&
+        return row.place == touch.place && row.control == touch.control && row.first <= cell && cell <= row.last &&
                (row.value < 0 || row.value == value);
     });
 }
@@ -257,6 +254,7 @@ void Watch::lookAtRest() {
     }
     checkFlags();
     checkSound();
+    countAll();
     if (!clock.hasInput()) {
         forgetTouches();
         fileFlow = boxOnTop();
@@ -271,6 +269,29 @@ void Watch::forgetTouches() {
     }
 }
 
+// The program ends with its window, and what it then still has is the next one's.
+void Watch::countAll() {
+    counted = placeOnTop() == Place::Readings && !boxOnTop() && !desktop::openMenu() && !clock.hasInput();
+    if (!counted) {
+        return;
+    }
+    const std::map<std::string, size_t> now = {{"windows", layer::livingWindows()},
+                                               {"menus", layer::livingMenus()},
+                                               {"objects", layer::livingObjects()},
+                                               {"contexts", layer::livingContexts()},
+                                               {"timers", layer::livingTimers()},
+                                               {"widgets", QApplication::allWidgets().size()},
+                                               {"files", openFiles()}};
+    if (std::exchange(hadWindow, MainWindow) != MainWindow) {
+        had = now;
+    }
+    for (const auto& [kind, count] : now) {
+        if (count != had[kind]) {
+            fail(std::to_string(count) + " " + kind + " instead of " + std::to_string(had[kind]));
+        }
+    }
+}
+
 void Watch::checkFlags() {
     const Place top = placeOnTop();
     const auto expect = [&](const char* name, int flag, bool wanted) {
@@ -282,26 +303,25 @@ void Watch::checkFlags() {
     expect("TuningDialogOpen", TuningDialogOpen, top == Place::Emulation || top == Place::GasLevel);
     expect("CorrectionsDialogOpen", CorrectionsDialogOpen, top == Place::Corrections);
     // A choice by key in an open list clears it.
-    const bool listOpen = isTuningPlace(top) && desktop::openList();
-    if (ComboOpen != 0 && !listOpen) {
+    const bool tuning = top == Place::Configuration || top == Place::Options || top >= Place::Emulation;
+    if (ComboOpen != 0 && !(tuning && desktop::openList())) {
         fail("ComboOpen is set and no list is open");
     }
 }
 
 void Watch::checkSound() {
     const Moment now = clock.now();
-    const Place top = placeOnTop();
-    const Place asking = top == Place::Port ? pageOnTop() : top;
+    const Place place = asking();
     if (line.inUse() && line.inUse()->isBusy()) {
         lastBusy = now;
     }
     const Moment since = std::max({line.soundSince(), changed, lastBusy});
-    if (line.soundSince() == layer::Never || now - since < 2 * EnoughTime || rowOf(asking).reads.empty() ||
-        desktop::openList() || (asking == Place::Oscilloscope && CursorMode != 0)) {
+    if (line.soundSince() == layer::Never || now - since < 2 * EnoughTime || rowOf(place).reads.empty() ||
+        desktop::openList() || (place == Place::Oscilloscope && CursorMode != 0)) {
         return;
     }
     // A held bar keeps its dialog off the link.
-    if (now - lastFrame > EnoughTime && asking != Place::GasLevel) {
+    if (now - lastFrame > EnoughTime && place != Place::GasLevel) {
         fail("no poll for a second");
     }
     if (now - lastWrite > EnoughTime && now - changed > EnoughTime) {
@@ -326,8 +346,7 @@ void Watch::checkControls() {
         const HWND control = GetDlgItem(PageWindow, row.id);
         // Which values these lists have hangs on the sensor.
         const bool other =
-            (top == Place::Configuration ? row.id == IDC_CONFIG_LAMBDA_POINT : row.id == IDC_OPTIONS_JUMP_VOLTS) &&
-            ParamBlockA[2] != 0;
+            (row.id == IDC_CONFIG_LAMBDA_POINT || row.id == IDC_OPTIONS_JUMP_VOLTS) && ParamBlockA[2] != 0;
         if ((row.family != 0 && row.family != ControllerFamily) || other || !IsWindowEnabled(control)) {
             continue;
         }

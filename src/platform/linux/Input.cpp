@@ -72,14 +72,22 @@ RawInput::What whatOf(QEvent::Type type) {
     }
 }
 
-class InputFilter : public QObject {
-protected:
-    bool eventFilter(QObject* receiver, QEvent* event) override {
-        if (isHandingOn()) {
-            return false;
-        }
+class InputFilter {
+public:
+    // Ahead of all event filters, since Qt's own for those who read windows aloud holds keys back for a while.
+    static bool takeBeforeQt(void** told) {
+        const bool taken = take(static_cast<QObject*>(told[0]), static_cast<QEvent*>(told[1]));
+        *static_cast<bool*>(told[2]) = taken;
+        return taken;
+    }
+
+private:
+    static bool take(QObject* receiver, QEvent* event) {
         if (!receiver->isWindowType()) {
             return event->type() == QEvent::InputMethod && takeComposed(static_cast<QInputMethodEvent&>(*event));
+        }
+        if (isHandingOn()) {
+            return false;
         }
         auto* window = static_cast<QWindow*>(receiver);
         switch (event->type()) {
@@ -105,7 +113,6 @@ protected:
         }
     }
 
-private:
     static void put(QWindow* window, const QInputEvent& event) {
         RawInput input;
         input.what = whatOf(event.type());
@@ -137,7 +144,7 @@ private:
 
     // Letters made of several keys, or by an input method.
     static bool takeComposed(const QInputMethodEvent& event) {
-        if (event.commitString().isEmpty() || foreignDialog()) {
+        if (event.commitString().isEmpty() || isHandingOn() || foreignDialog()) {
             return false;
         }
         for (const QChar letter : event.commitString()) {
@@ -308,8 +315,7 @@ void noteActivation() {
 }  // namespace
 
 void installInput() {
-    static auto* filter = new InputFilter;
-    qApp->installEventFilter(filter);
+    QInternal::registerCallback(QInternal::EventNotifyCallback, InputFilter::takeBeforeQt);
     QObject::connect(qApp, &QGuiApplication::focusWindowChanged, qApp, [] {
         RawInput input;
         input.what = RawInput::What::Activation;
