@@ -1,9 +1,9 @@
-// Drawing objects and shapes: whole pixels, right and bottom excluded, nothing smoothed.
+// Drawing objects and shapes: whole pixels, right and bottom excluded, nothing smoothed. PixelRows.h has the rules.
 #include <algorithm>
-#include <cmath>
 #include <unordered_map>
 
 #include "platform/linux/Context.h"
+#include "platform/linux/PixelRows.h"
 
 namespace layer {
 
@@ -17,33 +17,6 @@ std::unordered_map<HGDIOBJ, GdiObject>& objects() {
 QRect normalised(int left, int top, int right, int bottom) {
     return QRect(QPoint(std::min(left, right), std::min(top, bottom)),
                  QSize(std::abs(right - left), std::abs(bottom - top)));
-}
-
-// Up to this width a pen is a square that is led along the line, which looks round; wider ones have Qt's round ends.
-constexpr int WidestSquarePen = 2;
-
-// A line in runs of pixels; which it takes does not hang on its direction. A thin one leaves out its last point.
-void drawLine(QPainter& painter, QPoint from, QPoint to, int penWidth, QColor colour) {
-    const QPoint way = to - from;
-    const int steps = std::max(std::abs(way.x()), std::abs(way.y()));
-    const auto along = [steps](int start, int length, int step) {
-        return start + static_cast<int>(std::floor(static_cast<double>(length) * step / std::max(steps, 1) + 0.5));
-    };
-    const QSize pen(penWidth, penWidth);
-    const QPoint corner(penWidth / 2, penWidth / 2);
-    const int count = penWidth > 1 ? steps + 1 : steps;
-    QRect run;
-    for (int step = 0; step < count; ++step) {
-        const QRect point(QPoint(along(from.x(), way.x(), step), along(from.y(), way.y(), step)) - corner, pen);
-        const QRect longer = run | point;
-        if (longer.width() > penWidth && longer.height() > penWidth) {
-            painter.fillRect(run, colour);
-            run = point;
-        } else {
-            run = longer;
-        }
-    }
-    painter.fillRect(run, colour);
 }
 
 int penMargin(const DeviceContext& context) {
@@ -60,9 +33,8 @@ Drawing asDrawing(const DeviceContext& context, Drawing::Kind kind, const QRect&
             {}};
 }
 
-// Fills and outlines a shape whose Qt rectangle is one pixel smaller, since Qt's outline runs on its right and bottom.
-template <typename Draw>
-BOOL drawShape(HDC dc, Drawing::Kind kind, const QRect& rect, QSize corners, Draw draw) {
+// A shape whose corners are quarters of an ellipse.
+BOOL drawShape(HDC dc, Drawing::Kind kind, const QRect& rect, QSize corners) {
     DeviceContext* context = findContext(dc);
     if (!context || rect.isEmpty()) {
         return context != nullptr;
@@ -72,9 +44,7 @@ BOOL drawShape(HDC dc, Drawing::Kind kind, const QRect& rect, QSize corners, Dra
     if (!painter) {
         return TRUE;
     }
-    painter->setPen(QPen(context->penColour, context->penWidth));
-    painter->setBrush(context->brushColour);
-    draw(*painter, rect.adjusted(0, 0, -1, -1));
+    paintRounded(*painter, rect, corners, context->penWidth, context->penColour, context->brushColour);
     const int margin = penMargin(*context);
     markDrawn(*context, rect.adjusted(-margin, -margin, margin, margin), std::move(drawing));
     return TRUE;
@@ -205,9 +175,9 @@ BOOL Rectangle(HDC dc, int left, int top, int right, int bottom) {
     if (!context || rect.isEmpty()) {
         return context != nullptr;
     }
-    if (context->penWidth > 1) {
-        return drawShape(dc, Drawing::Kind::Rectangle, rect, {},
-                         [](QPainter& painter, const QRect& shape) { painter.drawRect(shape); });
+    constexpr QSize OnePixel(1, 1);
+    if (context->penWidth > 1 || rect.size() == OnePixel) {
+        return drawShape(dc, Drawing::Kind::Rectangle, rect, OnePixel);
     }
     Drawing drawing = asDrawing(*context, Drawing::Kind::Rectangle, rect);
     if (QPainter* painter = drawsAnew(*context, drawing) ? painterOf(*context) : nullptr) {
@@ -218,15 +188,12 @@ BOOL Rectangle(HDC dc, int left, int top, int right, int bottom) {
 }
 
 BOOL RoundRect(HDC dc, int left, int top, int right, int bottom, int cornerWidth, int cornerHeight) {
-    return drawShape(dc, Drawing::Kind::RoundRect, normalised(left, top, right, bottom), {cornerWidth, cornerHeight},
-                     [&](QPainter& painter, const QRect& shape) {
-                         painter.drawRoundedRect(shape, cornerWidth / 2.0, cornerHeight / 2.0);
-                     });
+    return drawShape(dc, Drawing::Kind::RoundRect, normalised(left, top, right, bottom), {cornerWidth, cornerHeight});
 }
 
 BOOL Ellipse(HDC dc, int left, int top, int right, int bottom) {
-    return drawShape(dc, Drawing::Kind::Ellipse, normalised(left, top, right, bottom), {},
-                     [](QPainter& painter, const QRect& shape) { painter.drawEllipse(shape); });
+    const QRect rect = normalised(left, top, right, bottom);
+    return drawShape(dc, Drawing::Kind::Ellipse, rect, rect.size());
 }
 
 BOOL Polyline(HDC dc, const POINT* points, int count) {
@@ -235,21 +202,17 @@ BOOL Polyline(HDC dc, const POINT* points, int count) {
     if (!painter) {
         return FALSE;
     }
-    QPolygon line;
-    for (int index = 0; index < count; ++index) {
-        line.append(QPoint(points[index].x, points[index].y));
-    }
-    if (context->penWidth > WidestSquarePen) {
-        painter->setPen(QPen(context->penColour, context->penWidth, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-        painter->setBrush(Qt::NoBrush);
-        painter->drawPolyline(line);
-    } else {
-        for (int index = 1; index < count; ++index) {
-            drawLine(*painter, line[index - 1], line[index], context->penWidth, context->penColour);
-        }
+    QRect bounds;
+    for (int index = 1; index < count; ++index) {
+        const QPoint from(points[index - 1].x, points[index - 1].y);
+        const QPoint to(points[index].x, points[index].y);
+        PixelRows rows(std::min(from.y(), to.y()), std::max(from.y(), to.y()), context->penWidth);
+        rows.addLine(from, to, context->penWidth);
+        rows.paint(*painter, context->penColour);
+        bounds |= QRect(from, QSize(1, 1)) | QRect(to, QSize(1, 1));
     }
     const int margin = penMargin(*context);
-    markDrawn(*context, line.boundingRect().adjusted(-margin, -margin, margin, margin));
+    markDrawn(*context, bounds.adjusted(-margin, -margin, margin, margin));
     return TRUE;
 }
 
