@@ -1,0 +1,70 @@
+"""Wine's own folder for the comparison: made once, with the measures and colours of the real desktop."""
+
+import os
+import subprocess
+from pathlib import Path
+
+# Fixed borders of 3, a caption of 23 and a menu of 20 pixels, as at 96 dots an inch; no theme, no window manager;
+# Arial's metric twin in its place. The port is a link that each simulator makes anew.
+SETTINGS = r"""Windows Registry Editor Version 5.00
+
+[HKEY_CURRENT_USER\Software\Wine\X11 Driver]
+"Managed"="N"
+"Decorated"="N"
+
+[HKEY_CURRENT_USER\Software\Wine\Fonts\Replacements]
+"Arial"="Liberation Sans"
+
+[HKEY_CURRENT_USER\Software\Wine\WineDbg]
+"ShowCrashDialog"=dword:00000000
+
+[HKEY_CURRENT_USER\Software\Microsoft\Windows\CurrentVersion\ThemeManager]
+"ThemeActive"="0"
+
+[HKEY_CURRENT_USER\Control Panel\Colors]
+"ButtonFace"="240 240 240"
+"ButtonAlternateFace"="240 240 240"
+"Menu"="240 240 240"
+"MenuBar"="240 240 240"
+
+[HKEY_CURRENT_USER\Control Panel\Desktop\WindowMetrics]
+"CaptionHeight"="22"
+"CaptionWidth"="22"
+"MenuHeight"="19"
+"ScrollHeight"="17"
+"ScrollWidth"="17"
+
+[HKEY_LOCAL_MACHINE\Software\Wine\Ports]
+"COM1"="{port}"
+"""
+
+VARIABLES = {"WINEDEBUG": "-all", "WINEDLLOVERRIDES": "mscoree,mshtml="}
+
+
+class Prefix:
+    """The folder `place`, with the server that serves its programs while this object lives."""
+
+    def __init__(self, place, display):
+        self.place = Path(place)
+        self.ports = self.place / "ports"
+        self.environment = {**os.environ, **VARIABLES, "WINEPREFIX": str(place), "DISPLAY": display}
+        made = self.place / "made"
+        settings = SETTINGS.replace("{port}", str(self.ports / "COM1"))
+        if not made.exists() or made.read_text(encoding="utf-8") != settings:
+            self.run("wineboot", "-i")
+            script = self.place / "settings.reg"
+            script.write_text(settings, encoding="utf-8")
+            self.run("wine", "regedit", "/S", str(script))
+            self.run("wineserver", "-w")
+            made.write_text(settings, encoding="utf-8")
+        self.ports.mkdir(exist_ok=True)
+
+    def run(self, *command):
+        subprocess.run(command, env=self.environment, check=True, timeout=240, stdout=subprocess.DEVNULL,
+                       stderr=subprocess.DEVNULL)
+
+    def close(self):
+        subprocess.run(["wineserver", "-k"], env=self.environment, check=False, timeout=20,
+                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        subprocess.run(["wineserver", "-w"], env=self.environment, check=False, timeout=20,
+                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
