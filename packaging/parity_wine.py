@@ -38,19 +38,21 @@ SETTINGS = r"""Windows Registry Editor Version 5.00
 "COM1"="{port}"
 """
 
-VARIABLES = {"WINEDEBUG": "-all", "WINEDLLOVERRIDES": "mscoree,mshtml="}
-
 
 class Prefix:
-    """The folder `place`, with the server that serves its programs while this object lives."""
+    """The folder, with the server that serves its programs until it is closed."""
 
-    def __init__(self, place, display):
+    def __init__(self, place):
         self.place = Path(place)
         self.ports = self.place / "ports"
-        self.environment = {**os.environ, **VARIABLES, "WINEPREFIX": str(place), "DISPLAY": display}
+        self.variables = {"WINEPREFIX": str(place), "WINEDEBUG": "-all", "WINEDLLOVERRIDES": "mscoree,mshtml="}
+
+    # Makes it if it is missing or was made otherwise.
+    def make(self):
         made = self.place / "made"
         settings = SETTINGS.replace("{port}", str(self.ports / "COM1"))
         if not made.exists() or made.read_text(encoding="utf-8") != settings:
+            self.place.mkdir(parents=True, exist_ok=True)
             self.run("wineboot", "-i")
             script = self.place / "settings.reg"
             script.write_text(settings, encoding="utf-8")
@@ -60,11 +62,11 @@ class Prefix:
         self.ports.mkdir(exist_ok=True)
 
     def run(self, *command):
-        subprocess.run(command, env=self.environment, check=True, timeout=240, stdout=subprocess.DEVNULL,
-                       stderr=subprocess.DEVNULL)
+        environment = {**os.environ, **self.variables, "DISPLAY": ""}
+        subprocess.run(command, env=environment, check=True, timeout=240,
+                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
     def close(self):
-        subprocess.run(["wineserver", "-k"], env=self.environment, check=False, timeout=20,
-                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        subprocess.run(["wineserver", "-w"], env=self.environment, check=False, timeout=20,
-                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        for option in ("-k", "-w"):
+            subprocess.run(["wineserver", option], env={**os.environ, **self.variables}, check=False, timeout=30,
+                           stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)

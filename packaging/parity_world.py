@@ -5,15 +5,17 @@ import contextlib
 import os
 import re
 import subprocess
-import tempfile
 import threading
 import time
 from pathlib import Path
 
+from parity_messages import is_compared, is_timer
+
 SCREEN = (1280, 1024)
 LONGEST_WAIT = 20
 PAUSE = 0.01  # between two looks at a growing file
-TIMER, DESTROY = 0x113, 0x02
+QUIET = 6  # timer messages in a row: by then all blocks were read once more
+ENOUGH_POLLS = 24  # frames in which every page's order of polls comes round twice
 
 
 class Stuck(Exception):
@@ -23,30 +25,29 @@ class Stuck(Exception):
 class Screen:
     """A virtual screen whose pixels lie in a file."""
 
-    def __init__(self, place):
-        self.place = place
+    def __init__(self, place, start):
+        self.file = Path(place, "Xvfb_screen0")
         told, number = os.pipe()
-        self.process = subprocess.Popen(
-            ["Xvfb", "-displayfd", str(number), "-screen", "0", f"{SCREEN[0]}x{SCREEN[1]}x24", "-nolisten", "tcp",
-             "-fbdir", place], pass_fds=[number], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        start(["Xvfb", "-displayfd", str(number), "-screen", "0", f"{SCREEN[0]}x{SCREEN[1]}x24", "-nolisten", "tcp",
+               "-fbdir", place], pass_fds=[number], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         os.close(number)
         with os.fdopen(told) as display:
             self.display = ":" + display.readline().strip()
 
-    # Rows of blue, green, red and a byte of nothing.
-    def pixels(self, left, top, width, height):
-        data = Path(self.place, "Xvfb_screen0").read_bytes()
+    # Rows of four bytes a pixel: blue, green, red and one of nothing.
+    def rows(self):
+        data = self.file.read_bytes()
         header = [int.from_bytes(data[at:at + 4], "big") for at in range(0, 100, 4)]
         start, stride = header[0] + 12 * header[19], header[12]
-        return [data[start + (top + row) * stride + 4 * left:][:4 * width] for row in range(height)]
+        return [data[at:at + 4 * SCREEN[0]] for at in range(start, start + stride * SCREEN[1], stride)]
 
 
 class Wire:
     """The simulated controller and all frames on its line."""
 
-    def __init__(self, simulator, place, options):
-        self.process = subprocess.Popen([simulator, "--port=ports/COM1", "--verbose", *options], cwd=place, text=True,
-                                        stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+    def __init__(self, simulator, options, place, start):
+        self.process = start([simulator, "--port=ports/COM1", "--pace=none", "--verbose", *options], cwd=place,
+                             text=True, stdin=subprocess.PIPE, stdout=subprocess.PIPE)
         self.process.stdout.readline()  # the port is there
         self.frames = []
         threading.Thread(target=self.read, daemon=True).start()
@@ -61,45 +62,57 @@ class Wire:
 
 
 class World:
-    """`name` tells the two apart; `command` starts the program, `environment` is what it needs beside a display."""
+    """`command` starts the program, `environment` is what it needs beside a display, `logged` turns a path into the
+    program's own spelling. All ends with the context."""
 
-    def __init__(self, name, command, environment, place, options, simulator, fixed_ports=None):
+    def __init__(self, name, command, environment, logged=str):
         self.name = name
+        self.command = command
+        self.program_environment = environment
+        self.logged = logged
+        self.started = []
+
+    @contextlib.contextmanager
+    def running(self, place, simulator, options):
+        try:
+            self.begin(place, simulator, options)
+            yield self
+        finally:
+            self.close()
+
+    def begin(self, place, simulator, options):
         self.log_path = Path(place, "messages.log")
         self.lines = []
         self.partly = b""
         self.read_to = 0
         self.looks = 0
-        self.started = []
-        self.place = place
-        if fixed_ports:
-            Path(place, "ports").symlink_to(fixed_ports)
-            Path(fixed_ports).mkdir(exist_ok=True)
-        self.screen = Screen(place)
-        self.started.append(self.screen.process)
-        self.wire = Wire(simulator, place, options)
-        self.started.append(self.wire.process)
-        self.environment = {**os.environ, **environment, "DISPLAY": self.screen.display, "HOME": place,
-                            "XDG_RUNTIME_DIR": place, "DBUS_SESSION_BUS_ADDRESS": "disabled:",
-                            "TARVEX_MESSAGE_LOG": self.logged_as(name)}
-        self.program = subprocess.Popen(command, cwd=place, env=self.environment, stdout=subprocess.DEVNULL,
-                                        stderr=subprocess.DEVNULL)
-        self.started.append(self.program)
+        self.screen = Screen(place, self.start)
+        self.wire = Wire(simulator, options, place, self.start)
+        self.environment = {**os.environ, "HOME": place, "XDG_RUNTIME_DIR": place, **self.program_environment,
+                            "DBUS_SESSION_BUS_ADDRESS": "disabled:", "DISPLAY": self.screen.display,
+                            "TARVEX_MESSAGE_LOG": self.logged(self.log_path)}
+        self.program = None
 
-    def logged_as(self, name):
-        return str(self.log_path) if name == "linux" else "Z:" + str(self.log_path).replace("/", "\\")
+    def start_program(self, place):
+        self.program = self.start(self.command, cwd=place, env=self.environment, stdout=subprocess.DEVNULL,
+                                  stderr=subprocess.DEVNULL)
 
+    def start(self, command, **how):
+        self.started.append(subprocess.Popen(command, **how))
+        return self.started[-1]
+
+    # The last one first, so that no program loses its screen.
     def close(self):
-        for process in reversed(self.started):
+        while self.started:
+            process = self.started.pop()
             process.terminate()
-        for process in reversed(self.started):
             try:
-                process.wait(5)
+                process.wait(10)
             except subprocess.TimeoutExpired:
                 process.kill()
                 process.wait()
 
-    # New whole lines of the log, as lists of their fields.
+    # Takes in what the log has got since, as lists of fields.
     def read_log(self):
         if not self.log_path.exists():
             return
@@ -112,57 +125,62 @@ class World:
 
     def wait(self, what, reached):
         end = time.monotonic() + LONGEST_WAIT
+        self.read_log()
         while not reached():
-            if self.program.poll() is not None and what != "the end":
-                raise Stuck(f"{self.name}: the program ended while waiting for {what}")
             if time.monotonic() > end:
                 raise Stuck(f"{self.name}: waited in vain for {what}; the log ends with {self.lines[-5:]}")
+            if self.has_ended():
+                raise Stuck(f"{self.name}: ended while waiting for {what}")
             time.sleep(PAUSE)
             self.read_log()
 
-    # So many timer messages in a row without any other since the given line.
-    def wait_quiet(self, since, ticks):
-        def is_quiet():
-            count = 0
-            for line in reversed(self.lines[since:]):
-                if line[0] == "msg" and int(line[2]) != TIMER and not is_background(line):
-                    break
-                count += line[0] == "msg" and int(line[2]) == TIMER
-                if count >= ticks:
-                    return True
-            return False
+    def has_ended(self):
+        return self.program.poll() is not None
 
-        self.wait("quiet", is_quiet)
+    def is_quiet(self, since):
+        count = 0
+        for line in reversed(self.lines[since:]):
+            if line[0] != "msg" or (is_compared(line) and not is_timer(line)):
+                return False
+            count += is_timer(line)
+            if count >= QUIET:
+                return True
+        return False
 
+    # Until the program does nothing but serve its timers, or has ended.
+    def rest(self, since):
+        self.wait("a rest", lambda: self.is_quiet(since) or self.has_ended())
+
+    # The frames that go out while nobody does anything; none if the timers come and nothing follows.
+    def polls(self):
+        frames, ticks = len(self.wire.frames), len(self.lines)
+        self.wait("polls", lambda: len(self.wire.frames) - frames >= ENOUGH_POLLS or
+                  (len(self.wire.frames) == frames and sum(is_timer(line) for line in self.lines[ticks:]) >= 2 * QUIET))
+        return self.wire.frames[frames:]
+
+    # What stands on the screen, as the program tells it.
     def look(self):
         self.looks += 1
-        wanted = ["end", str(self.looks)]
-        asking = Path(str(self.log_path) + ".look")
-        asking.with_suffix(".new").write_text(f"{self.looks};", encoding="ascii")
-        since = len(self.lines)
-        asking.with_suffix(".new").rename(asking)
-        self.wait("a look", lambda: wanted in self.lines[since:])
-        first = self.lines.index(["look", str(self.looks)], since)
-        last = self.lines.index(wanted, first)
-        taken = self.lines[first + 1:last]
-        del self.lines[first:last + 1]
+        first, last = ["look", str(self.looks)], ["end", str(self.looks)]
+        asked = Path(str(self.log_path) + ".look")
+        written = Path(str(self.log_path) + ".asking")
+        written.write_text(f"{self.looks};", encoding="ascii")
+        written.rename(asked)
+        self.wait("a look", lambda: last in self.lines)
+        begin, end = self.lines.index(first), self.lines.index(last)
+        taken = [line for line in self.lines[begin + 1:end] if line[0] != "msg"]
+        # Reading a window's text sends it a message; that is no part of what the user caused.
+        del self.lines[begin:end + 1]
         return taken
 
-    def act(self, words):
-        subprocess.run(["xdotool", *words], env=self.environment, check=True, stdout=subprocess.DEVNULL)
+    def xdotool(self, *words):
+        subprocess.run(["xdotool", *map(str, words)], env=self.environment, check=True, stdout=subprocess.DEVNULL)
 
 
-# What comes by itself at a rest, as a paint does.
-def is_background(line):
-    return int(line[2]) in (0x0F, 0x14)
+def native_world(build):
+    return World("linux", [str(build / "linux/tarvex")], {"QT_QPA_PLATFORM": "xcb"})
 
 
-def native(build, place, options):
-    return World("linux", [str(build / "linux/tarvex")], {"QT_QPA_PLATFORM": "xcb"}, place, options,
-                 str(build / "linux/tarvex-simulator"))
-
-
-def windows(build, prefix, place, options):
-    environment = {"WINEPREFIX": str(prefix), "WINEDEBUG": "-all", "WINEDLLOVERRIDES": "mscoree,mshtml="}
-    return World("windows", ["wine", str(build / "windows/tarvex.exe")], environment, place, options,
-                 str(build / "linux/tarvex-simulator"), prefix / "ports")
+def windows_world(build, prefix):
+    return World("windows", ["wine", str(build / "windows/tarvex.exe")], prefix.variables,
+                 lambda path: "Z:" + str(path).replace("/", "\\"))

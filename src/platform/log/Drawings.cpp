@@ -50,12 +50,14 @@ void noteDrawing(HWND window, const char* call, const RECT& area, const char* te
     if (!window) {
         return;
     }
-    Drawing drawing{window, call, area, text};
+    const RECT whole{std::min(area.left, area.right), std::min(area.top, area.bottom), std::max(area.left, area.right),
+                     std::max(area.top, area.bottom)};
+    Drawing drawing{window, call, whole, text};
     std::erase_if(drawings(), [&](const Drawing& old) {
-        if (old.window != window || !covers(area, old.area)) {
+        if (old.window != window || !covers(whole, old.area)) {
             return false;
         }
-        return fills(drawing.call) || (covers(old.area, area) && old.call == drawing.call);
+        return fills(drawing.call) || (covers(old.area, whole) && old.call == drawing.call);
     });
     if (drawings().size() >= MostDrawings) {
         drawings().erase(drawings().begin());
