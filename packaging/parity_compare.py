@@ -52,8 +52,15 @@ def by_window(lines):
     return found
 
 
+# Those that come at the end of the step.
 def timers(lines):
-    return sorted({f"{line[1]} {told(line)}" for line in lines[-30:] if is_timer(line)})
+    found = set()
+    for line in reversed(lines):
+        if is_timer(line):
+            found.add(f"{line[1]} {told(line)}")
+        elif is_compared(line):
+            break
+    return sorted(found)
 
 
 def place_of(look, window):
@@ -151,7 +158,7 @@ def compare_pixels(ours, theirs, picture_path):
         for x, y in points:
             found.setdefault(culprit(x, y, name, looks), []).append((x, y))
         for what, where in found.items():
-            yield f"pixels {what}: {len(where)} pixels", lambda where=where: save_difference(
+            yield f"pixels {what}", f"{len(where)} pixels", lambda where=where: save_difference(
                 picture_path(), first, second, where)
 
 

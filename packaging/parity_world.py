@@ -14,7 +14,7 @@ from parity_messages import is_compared, is_timer
 SCREEN = (1280, 1024)
 LONGEST_WAIT = 20
 PAUSE = 0.01  # between two looks at a growing file
-QUIET = 6  # timer messages in a row: by then all blocks were read once more
+QUIET = 6  # beats without anything else: by then all blocks were read once more
 ENOUGH_POLLS = 24  # frames in which every page's order of polls comes round twice
 
 
@@ -140,9 +140,9 @@ class World:
     def is_quiet(self, since):
         count = 0
         for line in reversed(self.lines[since:]):
-            if line[0] != "msg" or (is_compared(line) and not is_timer(line)):
+            if is_compared(line) and not is_timer(line):
                 return False
-            count += is_timer(line)
+            count += line[0] == "beat"
             if count >= QUIET:
                 return True
         return False
@@ -153,9 +153,9 @@ class World:
 
     # The frames that go out while nobody does anything; none if the timers come and nothing follows.
     def polls(self):
-        frames, ticks = len(self.wire.frames), len(self.lines)
+        frames, since = len(self.wire.frames), len(self.lines)
         self.wait("polls", lambda: len(self.wire.frames) - frames >= ENOUGH_POLLS or
-                  (len(self.wire.frames) == frames and sum(is_timer(line) for line in self.lines[ticks:]) >= 2 * QUIET))
+                  (len(self.wire.frames) == frames and self.lines[since:].count(["beat"]) >= 2 * QUIET))
         return self.wire.frames[frames:]
 
     # What stands on the screen, as the program tells it.

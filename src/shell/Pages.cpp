@@ -97,6 +97,8 @@ void CreatePage(const PageRow& row) {
     PageWindow = CreateDialogParamA(AppInstance, MAKEINTRESOURCEA(dialog), MainWindow, row.procedure, 0);
     // A page places itself and starts its timer at its first paint, which the main window's paint would take from it.
     UpdateWindow(PageWindow);
+    // That has validated what the page covers of the main window, whose paint has to finish the page.
+    InvalidateRect(MainWindow, nullptr, FALSE);
 }
 
 // The ending page's procedure may look at PageWindow, which never names a window that has gone.

@@ -179,17 +179,19 @@ void invalidate(Window& window, const QRegion& region, bool erase) {
         return;
     }
     const QRegion area = region & visibleArea(window);
-    if (!area.isEmpty()) {
-        window.invalid += area;
-        window.erase = window.erase || erase;
+    if (area.isEmpty()) {
+        return;
+    }
+    window.invalid += area;
+    window.erase = window.erase || erase;
+    // No window keeps off its children, so they are painted anew with it.
+    for (Window* child : window.children) {
+        invalidate(*child, area.translated(-child->place.topLeft()), erase);
     }
 }
 
 void invalidateAll(Window& window) {
     invalidate(window, QRect(QPoint(), clientSize(window)), true);
-    for (Window* child : window.children) {
-        invalidateAll(*child);
-    }
 }
 
 void erase(Window& window) {

@@ -94,6 +94,17 @@ void invalidateMoved(Window& window, const QRect& old) {
     }
 }
 
+// A window that is painted at once paints over its parents, none of which keeps off its children (WS_CLIPCHILDREN):
+// what it paints is not theirs to paint any more.
+void validateParents(const Window& window) {
+    QRegion painted = window.invalid;
+    for (const Window* inner = &window; inner->parent; inner = inner->parent) {
+        painted.translate(inner->place.topLeft());
+        inner->parent->invalid -= painted;
+        inner->parent->erase = inner->parent->erase && !inner->parent->invalid.isEmpty();
+    }
+}
+
 }  // namespace
 
 Window* find(HWND handle) {
@@ -288,6 +299,7 @@ BOOL UpdateWindow(HWND handle) {
         return FALSE;
     }
     if (reallyVisible(*window) && !window->invalid.isEmpty()) {
+        validateParents(*window);
         callProcedure(*window, WM_PAINT, 0, 0);
     }
     window = find(handle);

@@ -47,6 +47,10 @@ std::FILE* file() {
     return open;
 }
 
+// Tells that the program waits for nothing but time, also where it has no timer of its own.
+constexpr UINT_PTR BeatTimer = 0x7E57;
+constexpr UINT BeatPeriod = 50;
+
 void lookIfAsked() {
     static const std::string asking = std::string(path()) + ".look";
     std::FILE* request = file() ? std::fopen(asking.c_str(), "r") : nullptr;
@@ -65,8 +69,12 @@ void lookIfAsked() {
     Line("end").number(number).write();
 }
 
-void writeMessage(const std::string& name, UINT message, WPARAM wParam, LPARAM lParam) {
+void CALLBACK beat(HWND, UINT, UINT_PTR, DWORD) {
+    Line("beat").write();
     lookIfAsked();
+}
+
+void writeMessage(const std::string& name, UINT message, WPARAM wParam, LPARAM lParam) {
     const bool mayBeControl = message == WM_COMMAND || message == WM_HSCROLL || message == WM_VSCROLL;
     const int control = mayBeControl ? controlIdOf(reinterpret_cast<HWND>(lParam)) : -1;
     Line line("msg");
@@ -76,6 +84,9 @@ void writeMessage(const std::string& name, UINT message, WPARAM wParam, LPARAM l
 
 LRESULT CALLBACK loggedMainProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     mainWindow = window;
+    if (message == WM_CREATE) {
+        SetTimer(window, BeatTimer, BeatPeriod, beat);
+    }
     writeMessage("main", message, wParam, lParam);
     return mainProcedure(window, message, wParam, lParam);
 }

@@ -6,10 +6,11 @@
 //   msg WINDOW MESSAGE WPARAM LPARAM CONTROL     before the procedure gets it; CONTROL is the id behind LPARAM, or -
 //   box TEXT CAPTION TYPE                        a message box opens, and with boxend ANSWER it ends
 //   file KIND, fileend ANSWER NAME               the same of a file dialog
+//   beat                                         twenty times a second, as long as nothing else is to be done
 //   look NUMBER ... end NUMBER                   what stands on the screen; see Look.h
 //
-// The number of a look is asked for by writing it into the file that is named as the log with ".look" behind it. It is
-// told before the next message, as between two polls.
+// A look is asked for by writing its number and a semicolon into the file that is named as the log with ".look" behind
+// it; it is told with the next beat.
 #pragma once
 
 #include <string>
