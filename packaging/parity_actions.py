@@ -1,7 +1,6 @@
 """The user: what each word of the script does with mouse and keys, by what stands on the program's screen."""
 
 import ctypes
-import ctypes.util
 
 AWAY = 40  # pixels outside a control
 
@@ -136,7 +135,7 @@ class ClientMessage(ctypes.Structure):
 
 def ask_to_close(display_name, client):
     """Sends WM_DELETE_WINDOW to the window that shows at the middle of a client area."""
-    x11 = ctypes.CDLL(ctypes.util.find_library("X11"))
+    x11 = ctypes.CDLL("libX11.so.6")
     x11.XOpenDisplay.restype = ctypes.c_void_p
     x11.XDefaultRootWindow.restype = ctypes.c_ulong
     x11.XInternAtom.restype = ctypes.c_ulong

@@ -24,6 +24,14 @@ class Record:
     ended: bool = False
 
 
+@dataclass
+class Difference:
+    """Told once for all steps by what it is; `save` makes its picture."""
+    what: str
+    detail: str = ""
+    save: object = None
+
+
 def is_poll(frame):
     return frame.split()[1] in POLLS
 
@@ -48,19 +56,19 @@ def by_window(lines):
         if not is_compared(line) or is_timer(line):
             continue
         name = line[1] if line[0] == "msg" else "desktop"
-        found.setdefault(name, []).append(told(line))
+        found[name] = found[name] + ", " + told(line) if name in found else told(line)
     return found
 
 
 # Those that come at the end of the step.
 def timers(lines):
-    found = set()
+    found = {}
     for line in reversed(lines):
         if is_timer(line):
-            found.add(f"{line[1]} {told(line)}")
+            found[f"{line[1]} {told(line)}"] = "comes"
         elif is_compared(line):
             break
-    return sorted(found)
+    return found
 
 
 def place_of(look, window):
@@ -130,57 +138,55 @@ def around(place):
 
 
 def culprit(x, y, name, looks):
-    """What drew a pixel: the last drawing there, else the control or window."""
+    """What drew a pixel and where: the last drawing there, else the control or window."""
     for look in looks:
         client = look.client_of(name)
         for drawing in reversed(look.drawings):
             origin = look.client_of(drawing.window) if drawing.window in look.windows else client
-            area = drawing.area.moved(origin.left - client.left, origin.top - client.top)
-            if area.left <= x < area.left + area.width and area.top <= y < area.top + area.height:
-                return f"{drawing.window} {drawing.call} {drawing.area}"
+            if drawing.area.moved(origin.left - client.left, origin.top - client.top).has(x, y):
+                return f"{drawing.window} {drawing.call}", str(drawing.area)
         for window in look.windows.values():
-            area = window.place.moved(-client.left, -client.top)
             if window.parent and window.kind != "#32770" and window.visible and \
-                    area.left <= x < area.left + area.width and area.top <= y < area.top + area.height:
-                return f"{window.name} {window.kind} {place_of(look, window)}"
-    return f"{name} background"
+                    window.place.moved(-client.left, -client.top).has(x, y):
+                return f"{window.name} {window.kind}", place_of(look, window)
+    return f"{name} background", ""
 
 
 def compare_pixels(ours, theirs, picture_path):
     looks = (ours.look, theirs.look)
-    for name in ours.look.windows:
-        window, other = ours.look.windows[name], theirs.look.windows.get(name)
+    for name, window in ours.look.windows.items():
+        other = theirs.look.windows.get(name)
         if window.parent or not other or name == "foreign":
             continue
         first, second = Area(ours.rows, window.client), Area(theirs.rows, other.client)
-        points = differing(first, second, list(masks_of(name, looks)))
         found = {}
-        for x, y in points:
-            found.setdefault(culprit(x, y, name, looks), []).append((x, y))
-        for what, where in found.items():
-            yield f"pixels {what}", f"{len(where)} pixels", lambda where=where: save_difference(
-                picture_path(), first, second, where)
+        for x, y in differing(first, second, list(masks_of(name, looks))):
+            what, where = culprit(x, y, name, looks)
+            found.setdefault(what, ([], where))[0].append((x, y))
+        for what, (points, where) in found.items():
+            yield Difference(f"pixels {what}", f" {where}: {len(points)} pixels",
+                             lambda points=points: save_difference(picture_path(), first, second, points))
+
+
+def compare_facts(ours, theirs):
+    if ours.ended != theirs.ended:
+        yield f"end: {ours.ended} | {theirs.ended}"
+    mine, other = writes(ours.frames), writes(theirs.frames)
+    if mine != other:
+        yield f"writes: {', '.join(mine) or 'nothing'} | {', '.join(other) or 'nothing'}"
+    mine, other = pattern(ours.polls), pattern(theirs.polls)
+    if mine != other:
+        yield f"polls: {' '.join(mine) or 'none'} | {' '.join(other) or 'none'}"
+    yield from differing_sets("messages", by_window(ours.lines), by_window(theirs.lines))
+    if ours.ended or theirs.ended:
+        return
+    yield from differing_sets("timers", timers(ours.lines), timers(theirs.lines))
+    yield from differing_sets("look", facts(ours.look), facts(theirs.look))
 
 
 def compare(ours, theirs, picture_path):
-    """Pairs of a difference and what makes its picture, or None."""
-    plain = []
-    if ours.ended != theirs.ended:
-        plain.append(f"end: {ours.ended} | {theirs.ended}")
-    mine, other = writes(ours.frames), writes(theirs.frames)
-    if mine != other:
-        plain.append(f"writes: {', '.join(mine) or 'nothing'} | {', '.join(other) or 'nothing'}")
-    mine, other = pattern(ours.polls), pattern(theirs.polls)
-    if mine != other:
-        plain.append(f"polls: {' '.join(mine) or 'none'} | {' '.join(other) or 'none'}")
-    ours_told, theirs_told = by_window(ours.lines), by_window(theirs.lines)
-    plain += differing_sets("messages", {name: ", ".join(told) for name, told in ours_told.items()},
-                            {name: ", ".join(told) for name, told in theirs_told.items()})
-    if not ours.ended and not theirs.ended:
-        mine, other = timers(ours.lines), timers(theirs.lines)
-        if mine != other:
-            plain.append(f"timers: {mine} | {other}")
-        plain += differing_sets("look", facts(ours.look), facts(theirs.look))
-    yield from ((line, None) for line in plain)
+    """The differences of a step."""
+    for line in compare_facts(ours, theirs):
+        yield Difference(line)
     if not ours.ended and not theirs.ended:
         yield from compare_pixels(ours, theirs, picture_path)

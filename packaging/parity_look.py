@@ -16,6 +16,9 @@ class Rect:
     def centre(self):
         return self.left + self.width // 2, self.top + self.height // 2
 
+    def has(self, x, y):
+        return self.left <= x < self.left + self.width and self.top <= y < self.top + self.height
+
     def __str__(self):
         return f"{self.left},{self.top} {self.width}x{self.height}"
 
