@@ -30,6 +30,10 @@ class User:
     def do_wait(self):
         """Nothing: shows what goes on by itself."""
 
+    def do_frames(self, count):
+        """Waits for so many frames on the line."""
+        self.world.wait_for_frames(int(count))
+
     def do_tell(self, *words):
         """A command to the simulated controller."""
         self.world.wire.tell(" ".join(words))

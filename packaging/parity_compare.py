@@ -78,7 +78,7 @@ def place_of(look, window):
     return str(window.place.moved(-client.left, -client.top))
 
 
-def facts(look):
+def facts(look, draws):
     """All that must be the same on both screens: name of the thing and its property -> value."""
     found = {}
     for window in look.windows.values():
@@ -95,7 +95,7 @@ def facts(look):
         found[f"item {item.level}/{item.index}"] = (item.state, item.text)
     for entry in look.entries:
         found[f"entry {entry.index}"] = (entry.state, entry.text)
-    for drawing in look.drawings:
+    for drawing in look.drawings if draws else ():
         area = drawing.area
         what = f"{area.left},{area.top} '{drawing.text}'" if drawing.call == "ExtTextOutA" else str(area)
         found[f"{drawing.window} {drawing.call} {what}"] = "drawn"
@@ -168,7 +168,7 @@ def compare_pixels(ours, theirs, picture_path):
                              lambda points=points: save_difference(picture_path(), first, second, points))
 
 
-def compare_facts(ours, theirs):
+def compare_facts(ours, theirs, draws):
     if ours.ended != theirs.ended:
         yield f"end: {ours.ended} | {theirs.ended}"
     mine, other = writes(ours.frames), writes(theirs.frames)
@@ -181,12 +181,12 @@ def compare_facts(ours, theirs):
     if ours.ended or theirs.ended:
         return
     yield from differing_sets("timers", timers(ours.lines), timers(theirs.lines))
-    yield from differing_sets("look", facts(ours.look), facts(theirs.look))
+    yield from differing_sets("look", facts(ours.look, draws), facts(theirs.look, draws))
 
 
-def compare(ours, theirs, picture_path):
-    """The differences of a step."""
-    for line in compare_facts(ours, theirs):
+def compare(ours, theirs, picture_path, draws):
+    """The differences of a step; without `draws` those of what is drawn and of its pixels are left out."""
+    for line in compare_facts(ours, theirs, draws):
         yield Difference(line)
-    if not ours.ended and not theirs.ended:
+    if draws and not ours.ended and not theirs.ended:
         yield from compare_pixels(ours, theirs, picture_path)

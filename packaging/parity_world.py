@@ -25,14 +25,17 @@ class Stuck(Exception):
 class Screen:
     """A virtual screen whose pixels lie in a file."""
 
-    def __init__(self, place, start):
+    def __init__(self, place):
         self.file = Path(place, "Xvfb_screen0")
         told, number = os.pipe()
-        start(["Xvfb", "-displayfd", str(number), "-screen", "0", f"{SCREEN[0]}x{SCREEN[1]}x24", "-nolisten", "tcp",
-               "-fbdir", place], pass_fds=[number], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        self.process = subprocess.Popen(["Xvfb", "-displayfd", str(number), "-screen", "0", f"{SCREEN[0]}x{SCREEN[1]}x24",
+                                         "-nolisten", "tcp", "-nocursor", "-fbdir", place], pass_fds=[number], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         os.close(number)
         with os.fdopen(told) as display:
             self.display = ":" + display.readline().strip()
+
+    def close(self):
+        end(self.process)
 
     # Rows of four bytes a pixel: blue, green, red and one of nothing.
     def rows(self):
@@ -65,8 +68,9 @@ class World:
     """`command` starts the program, `environment` is what it needs beside a display, `logged` turns a path into the
     program's own spelling. All ends with the context."""
 
-    def __init__(self, name, command, environment, logged=str):
+    def __init__(self, name, command, environment, screen, logged=str):
         self.name = name
+        self.screen = screen
         self.command = command
         self.program_environment = environment
         self.logged = logged
@@ -86,14 +90,13 @@ class World:
         self.partly = b""
         self.read_to = 0
         self.looks = 0
-        self.screen = Screen(place, self.start)
         self.wire = Wire(simulator, options, place, self.start)
         self.environment = {**os.environ, "HOME": place, "XDG_RUNTIME_DIR": place, **self.program_environment,
                             "DBUS_SESSION_BUS_ADDRESS": "disabled:", "DISPLAY": self.screen.display,
                             "TARVEX_MESSAGE_LOG": self.logged(self.log_path)}
-        self.program = None
 
     def start_program(self, place):
+        self.ended = False
         self.program = self.start(self.command, cwd=place, env=self.environment, stdout=subprocess.DEVNULL,
                                   stderr=subprocess.DEVNULL)
 
@@ -104,13 +107,7 @@ class World:
     # The last one first, so that no program loses its screen.
     def close(self):
         while self.started:
-            process = self.started.pop()
-            process.terminate()
-            try:
-                process.wait(10)
-            except subprocess.TimeoutExpired:
-                process.kill()
-                process.wait()
+            end(self.started.pop())
 
     # Takes in what the log has got since, as lists of fields.
     def read_log(self):
@@ -123,19 +120,16 @@ class World:
         *whole, self.partly = (self.partly + data).split(b"\n")
         self.lines += [line.decode("latin-1").rstrip("\r").split("\t") for line in whole]
 
-    def wait(self, what, reached):
-        end = time.monotonic() + LONGEST_WAIT
+    def wait(self, what, reached, longest=LONGEST_WAIT):
+        end = time.monotonic() + longest
         self.read_log()
         while not reached():
-            if time.monotonic() > end:
-                raise Stuck(f"{self.name}: waited in vain for {what}; the log ends with {self.lines[-5:]}")
-            if self.has_ended():
-                raise Stuck(f"{self.name}: ended while waiting for {what}")
+            if time.monotonic() > end or self.ended:
+                state = "ended" if self.ended else "waited in vain"
+                raise Stuck(f"{self.name}: {state} for {what}; the log ends with {self.lines[-5:]}")
             time.sleep(PAUSE)
+            self.ended = self.program.poll() is not None
             self.read_log()
-
-    def has_ended(self):
-        return self.program.poll() is not None
 
     def is_quiet(self, since):
         count = 0
@@ -148,8 +142,9 @@ class World:
         return False
 
     # Until the program does nothing but serve its timers, or has ended.
-    def rest(self, since):
-        self.wait("a rest", lambda: self.is_quiet(since) or self.has_ended())
+    def rest(self):
+        since = len(self.lines)
+        self.wait("a rest", lambda: self.is_quiet(since) or self.ended)
 
     # The frames that go out while nobody does anything; none if the timers come and nothing follows.
     def polls(self):
@@ -157,6 +152,10 @@ class World:
         self.wait("polls", lambda: len(self.wire.frames) - frames >= ENOUGH_POLLS or
                   (len(self.wire.frames) == frames and self.lines[since:].count(["beat"]) >= 2 * QUIET))
         return self.wire.frames[frames:]
+
+    def wait_for_frames(self, count):
+        wanted = len(self.wire.frames) + count
+        self.wait(f"{count} frames", lambda: len(self.wire.frames) >= wanted, longest=60)
 
     # What stands on the screen, as the program tells it.
     def look(self):
@@ -177,10 +176,19 @@ class World:
         subprocess.run(["xdotool", *map(str, words)], env=self.environment, check=True, stdout=subprocess.DEVNULL)
 
 
-def native_world(build):
-    return World("linux", [str(build / "linux/tarvex")], {"QT_QPA_PLATFORM": "xcb"})
+def end(process):
+    process.terminate()
+    try:
+        process.wait(10)
+    except subprocess.TimeoutExpired:
+        process.kill()
+        process.wait()
 
 
-def windows_world(build, prefix):
-    return World("windows", ["wine", str(build / "windows/tarvex.exe")], prefix.variables,
+def native_world(build, screen):
+    return World("linux", [str(build / "linux/tarvex")], {"QT_QPA_PLATFORM": "xcb"}, screen)
+
+
+def windows_world(build, prefix, screen):
+    return World("windows", ["wine", str(build / "windows/tarvex.exe")], prefix.variables, screen,
                  lambda path: "Z:" + str(path).replace("/", "\\"))
