@@ -96,9 +96,8 @@ def facts(look, draws):
     for entry in look.entries:
         found[f"entry {entry.index}"] = (entry.state, entry.text)
     for drawing in look.drawings if draws else ():
-        area = drawing.area
-        what = f"{area.left},{area.top} '{drawing.text}'" if drawing.call == "ExtTextOutA" else str(area)
-        found[f"{drawing.window} {drawing.call} {what}"] = "drawn"
+        if drawing.call == "ExtTextOutA":
+            found[f"{drawing.window} text at {drawing.area.left},{drawing.area.top}"] = f"'{drawing.text}'"
     return found
 
 

@@ -3,8 +3,10 @@
 import struct
 import zlib
 
-MARK = (255, 0, 255)
+MARK = b"\xff\0\xff"
+PALED = bytes(128 + part // 2 for part in range(256))
 MARGIN = 24
+GAP = 8
 
 
 class Area:
@@ -41,34 +43,39 @@ def differing(first, second, masks):
     return found
 
 
-def pixel(area, x, y):
-    x, y = x - area.shift[0], y - area.shift[1]
-    if not (0 <= y < len(area.rows) and 0 <= x < len(area.rows[0]) // 4):
-        return 0, 0, 0
-    blue, green, red = area.rows[y][4 * x:4 * x + 3]
-    return red, green, blue
+def cut(area, left, top, right, bottom):
+    """Rows of three bytes a pixel, black where there is none."""
+    rows = []
+    for y in range(top - area.shift[1], bottom - area.shift[1]):
+        row = area.rows[y] if 0 <= y < len(area.rows) else b""
+        start = left - area.shift[0]
+        row = bytes(4 * max(-start, 0)) + row[4 * max(start, 0):4 * max(right - area.shift[0], 0)]
+        row = row.ljust(4 * (right - left), b"\0")
+        colours = bytearray(3 * (right - left))
+        for part in range(3):
+            colours[part::3] = row[2 - part::4]
+        rows.append(colours)
+    return rows
 
 
 def save_difference(path, first, second, points):
-    """The first, the second, and the second with the differing pixels marked, around them."""
-    left, right = min(x for x, _ in points) - MARGIN, max(x for x, _ in points) + MARGIN
-    top, bottom = min(y for _, y in points) - MARGIN, max(y for _, y in points) + MARGIN
-    marked = set(points)
-    gap = [(255, 255, 255)] * 8
-    rows = []
-    for y in range(max(top, 0), bottom + 1):
-        columns = range(max(left, 0), right + 1)
-        faded = [MARK if (x, y) in marked else tuple(128 + part // 2 for part in pixel(second, x, y)) for x in columns]
-        rows.append([pixel(first, x, y) for x in columns] + gap + [pixel(second, x, y) for x in columns] + gap + faded)
-    save_png(path, rows)
+    """The first, the second, and where they differ in the second, paled, around all such points."""
+    left, right = max(min(x for x, _ in points) - MARGIN, 0), max(x for x, _ in points) + MARGIN
+    top, bottom = max(min(y for _, y in points) - MARGIN, 0), max(y for _, y in points) + MARGIN
+    ours, theirs = cut(first, left, top, right, bottom), cut(second, left, top, right, bottom)
+    paled = [row.translate(PALED) for row in theirs]
+    for x, y in points:
+        paled[y - top][3 * (x - left):3 * (x - left) + 3] = MARK
+    gap = b"\xff" * 3 * GAP
+    save_png(path, [gap.join(three) for three in zip(ours, theirs, paled)])
 
 
 def save_png(path, rows):
-    raw = b"".join(b"\0" + bytes(part for colour in row for part in colour) for row in rows)
+    raw = b"".join(b"\0" + row for row in rows)
 
     def chunk(kind, data):
         return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
 
-    header = struct.pack(">IIBBBBB", len(rows[0]), len(rows), 8, 2, 0, 0, 0)
+    header = struct.pack(">IIBBBBB", len(rows[0]) // 3, len(rows), 8, 2, 0, 0, 0)
     path.write_bytes(b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header) + chunk(b"IDAT", zlib.compress(raw)) +
                      chunk(b"IEND", b""))

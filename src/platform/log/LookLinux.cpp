@@ -9,6 +9,7 @@
 #include <QProgressBar>
 #include <QScrollBar>
 #include <QStyleOptionSlider>
+#include <algorithm>
 #include <string>
 
 #include "platform/linux/Context.h"
@@ -58,7 +59,7 @@ long long stateOf(Window& window) {
         case Kind::ScrollBar:
             return layer::controlMessage(window, SBM_GETPOS, 0, 0);
         case Kind::Progress:
-            return static_cast<const QProgressBar&>(*window.outer).value();
+            return std::max(0, static_cast<const QProgressBar&>(*window.outer).value());
         default:
             return 0;
     }
