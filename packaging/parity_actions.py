@@ -30,9 +30,23 @@ class User:
     def do_wait(self):
         """Nothing: shows what goes on by itself."""
 
+    def do_unplug(self):
+        """Until the link counts as lost."""
+        self.do_tell("unplug")
+        self.do_beats(60)
+
+    def do_replug(self):
+        """Until all blocks are read again."""
+        self.do_tell("replug")
+        self.do_frames(16)
+
     def do_frames(self, count):
         """Waits for so many frames on the line."""
         self.world.wait_for_frames(int(count))
+
+    def do_beats(self, count):
+        """Waits for so many beats, twenty a second."""
+        self.world.wait_for_beats(int(count))
 
     def do_tell(self, *words):
         """A command to the simulated controller."""

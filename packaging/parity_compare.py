@@ -92,7 +92,7 @@ def facts(look, draws):
         found[f"{window.name} state"] = window.state
         found[f"{window.name} text"] = window.text
     for item in look.items:
-        found[f"item {item.level}/{item.index}"] = (item.state, item.text)
+        found[f"item {item.level}/{item.index}"] = (item.state, item.text) if item.text else "separator"
     for entry in look.entries:
         found[f"entry {entry.index}"] = (entry.state, entry.text)
     for drawing in look.drawings if draws else ():
@@ -117,10 +117,7 @@ def masks_of(name, looks):
         over += [around(item.place) for item in look.items if item.level > 0]
         over += [around(entry.place) for entry in look.entries]
         yield from (place.moved(-client.left, -client.top) for place in over)
-        for drawing in look.drawings:
-            if drawing.call == "ExtTextOutA" and drawing.window in look.windows:
-                origin = look.client_of(drawing.window)
-                yield drawing.area.moved(origin.left - client.left, origin.top - client.top)
+        yield from (area for drawing, area in look.drawings_in(name) if drawing.call == "ExtTextOutA")
 
 
 def is_masked(window):
@@ -139,11 +136,10 @@ def around(place):
 def culprit(x, y, name, looks):
     """What drew a pixel and where: the last drawing there, else the control or window."""
     for look in looks:
-        client = look.client_of(name)
-        for drawing in reversed(look.drawings):
-            origin = look.client_of(drawing.window) if drawing.window in look.windows else client
-            if drawing.area.moved(origin.left - client.left, origin.top - client.top).has(x, y):
+        for drawing, area in reversed(look.drawings_in(name)):
+            if area.has(x, y):
                 return f"{drawing.window} {drawing.call}", str(drawing.area)
+        client = look.client_of(name)
         for window in look.windows.values():
             if window.parent and window.kind != "#32770" and window.visible and \
                     window.place.moved(-client.left, -client.top).has(x, y):

@@ -79,6 +79,16 @@ class Look:
                  window.parent]
         return max(found, key=lambda window: serial(window.parent), default=None)
 
+    # Of a top-level window and all in it, with their places in its client area.
+    def drawings_in(self, name):
+        client, found = self.client_of(name), []
+        for drawing in self.drawings:
+            window = self.windows.get(drawing.window)
+            if window and self.root(window).name == name:
+                found.append((drawing, drawing.area.moved(window.client.left - client.left,
+                                                          window.client.top - client.top)))
+        return found
+
     def client_of(self, name):
         return self.windows[name].client
 

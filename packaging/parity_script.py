@@ -76,10 +76,9 @@ readings = Session("readings", [
     ("polls behind the list of ports", "wait"),
     *keys("Escape"),
     ("close the ports", "click 1"),
-    ("unplug", "tell unplug"),
-    ("unplugged", "frames 4"),
-    ("replug", "tell replug"),
-    ("polls after the replug", "frames 8"),
+    ("unplug", "unplug"),
+    ("replug", "replug"),
+    ("polls after the replug", "wait"),
     ("close", "close"),
 ])
 
@@ -177,11 +176,10 @@ options = Session("options", [
 
 oscilloscope = Session("oscilloscope", [
     *RUNNING,
-    ("unplug", "tell unplug"),
-    ("unplugged", "frames 4"),
+    ("unplug", "unplug"),
     ("open the Oscilloscope", f"bar {SCOPE}"),
     ("polls of a lost link", "wait"),
-    ("replug", "tell replug"),
+    ("sweeping after the replug", "replug"),
     ("sweeping to the end", "frames 1600"),
     ("sweeping on, a menu", f"bar {FILE}"),
     ("sweeping on, polls with a menu open", "wait"),

@@ -4,6 +4,8 @@ import os
 import subprocess
 from pathlib import Path
 
+import parity_face
+
 # Fixed borders of 3, a caption of 23 and a menu of 20 pixels, as at 96 dots an inch; no theme, no window manager;
 # Arial's metric twin in its place. The port is a link that each simulator makes anew.
 SETTINGS = r"""Windows Registry Editor Version 5.00
@@ -34,6 +36,11 @@ SETTINGS = r"""Windows Registry Editor Version 5.00
 "ScrollHeight"="17"
 "ScrollWidth"="17"
 
+[HKEY_LOCAL_MACHINE\Software\Microsoft\Windows NT\CurrentVersion\FontSubstitutes]
+"MS Sans Serif"="Tarvex Dialog"
+"Microsoft Sans Serif"="Tarvex Dialog"
+"MS Shell Dlg"="Tarvex Dialog"
+
 [HKEY_LOCAL_MACHINE\Software\Wine\Ports]
 "COM1"="{port}"
 """
@@ -54,6 +61,7 @@ class Prefix:
         if not made.exists() or made.read_text(encoding="utf-8") != settings:
             self.place.mkdir(parents=True, exist_ok=True)
             self.run("wineboot", "-i")
+            parity_face.install(self.place / "drive_c/windows/Fonts")
             script = self.place / "settings.reg"
             script.write_text(settings, encoding="utf-8")
             self.run("wine", "regedit", "/S", str(script))

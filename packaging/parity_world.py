@@ -157,6 +157,10 @@ class World:
         wanted = len(self.wire.frames) + count
         self.wait(f"{count} frames", lambda: len(self.wire.frames) >= wanted, longest=60)
 
+    def wait_for_beats(self, count):
+        since = len(self.lines)
+        self.wait(f"{count} beats", lambda: self.lines[since:].count(["beat"]) >= count, longest=60)
+
     # What stands on the screen, as the program tells it.
     def look(self):
         self.looks += 1

@@ -24,8 +24,8 @@ namespace {
 using layer::Kind;
 using layer::Window;
 
-constexpr const char* ClassNames[] = {"desktop",  "frame",    "#32770", "Button",    "Static",
-                                      "ComboBox", "Edit", "ScrollBar", "msctls_progress32"};
+constexpr const char* ClassNames[] = {"desktop",  "frame", "#32770",    "Button",           "Static",
+                                      "ComboBox", "Edit",  "ScrollBar", "msctls_progress32"};
 
 RECT asRect(const QRect& area) {
     return {area.left(), area.top(), area.left() + area.width(), area.top() + area.height()};
@@ -114,14 +114,17 @@ void writeTree(Window& window, const std::string& name, const std::string& paren
     }
 }
 
+bool isMarked(const QAction& action) {
+    return action.property(layer::HighlightProperty).toBool() || action.property(layer::SelectProperty).toBool();
+}
+
 template <typename Holder>
 void writeItems(const Holder& holder, int level) {
     int index = 0;
     for (const QAction* action : holder.actions()) {
         const QRect place = holder.actionGeometry(const_cast<QAction*>(action));
-        const UINT state = (action->isEnabled() ? 0 : MF_GRAYED) |
-                           (action->isChecked() ? MF_CHECKED : 0) |
-                           (action->property(layer::HighlightProperty).toBool() ? MF_HILITE : 0);
+        const UINT state = (action->isEnabled() ? 0 : MF_GRAYED) | (action->isChecked() ? MF_CHECKED : 0) |
+                           (isMarked(*action) ? MF_HILITE : 0);
         Line("menu")
             .number(level)
             .number(index++)

@@ -38,11 +38,17 @@ std::string entriesOf(HWND box) {
 }
 
 long long stateOf(HWND window, const std::string& kind) {
-    return kind == "Button"               ? SendMessageA(window, BM_GETCHECK, 0, 0)
-           : kind == "ComboBox"           ? SendMessageA(window, CB_GETCURSEL, 0, 0)
-           : kind == "ScrollBar"          ? SendMessageA(window, SBM_GETPOS, 0, 0)
+    return kind == "Button"              ? SendMessageA(window, BM_GETCHECK, 0, 0)
+           : kind == "ComboBox"          ? SendMessageA(window, CB_GETCURSEL, 0, 0)
+           : kind == "ScrollBar"         ? SendMessageA(window, SBM_GETPOS, 0, 0)
            : kind == "msctls_progress32" ? SendMessageA(window, PBM_GETPOS, 0, 0)
-                                          : 0;
+                                         : 0;
+}
+
+// A picture's text is its number.
+bool isPicture(HWND window, const std::string& kind) {
+    const LONG type = GetWindowLongA(window, GWL_STYLE) & SS_TYPEMASK;
+    return kind == "Static" && (type == SS_ICON || type == SS_BITMAP);
 }
 
 void writeThumb(HWND bar, const std::string& name) {
@@ -68,7 +74,9 @@ void writeWindow(HWND window, const std::string& name, const std::string& parent
     GetWindowRect(window, &place);
     Text text{};
     GetWindowTextA(window, text.data(), static_cast<int>(text.size()));
-    const std::string shown = kind == "ComboBox" ? entriesOf(window) : std::string(text.data());
+    const std::string shown = kind == "ComboBox"        ? entriesOf(window)
+                              : isPicture(window, kind) ? std::string()
+                                                        : std::string(text.data());
     Line("win")
         .text(name.c_str())
         .text(kind.c_str())
