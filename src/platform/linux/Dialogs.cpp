@@ -109,7 +109,7 @@ HWND openDialog(LPCSTR name, Window* parent, Window* owner, DLGPROC procedure, L
     }
     ShowWindow(handle, SW_SHOW);
     made = find(handle);
-    if (made && wantsFocus && reallyVisible(*made)) {
+    if (made && wantsFocus) {
         if (const HWND first = firstTabStop(*made)) {
             SetFocus(first);
         }

@@ -63,9 +63,12 @@ void activate(HWND handle) {
         SetFocus(nullptr);
         return;
     }
-    // A dialog remembers which control had the keyboard; a frame takes it itself.
+    // A dialog remembers which control had the keyboard; a frame takes it itself, but for what its first page chose
+    // before it was shown.
     const Window* last = root->kind == Kind::Dialog ? find(root->lastFocus) : nullptr;
-    SetFocus(last && last->enabled && reallyVisible(*last) ? last->handle : handle);
+    if (!isWithin(focus, *root)) {
+        SetFocus(last && last->enabled && reallyVisible(*last) ? last->handle : handle);
+    }
     if (Window* still = find(handle); still && still->outer && !still->outer->isActiveWindow()) {
         still->outer->activateWindow();
     }

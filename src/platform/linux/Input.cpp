@@ -215,6 +215,16 @@ UINT mouseMessage(const RawInput& input, const Window& window) {
     }
 }
 
+// Buttons and keys that are held behind it.
+WORD heldIn(const RawInput& input) {
+    const auto* mouse = dynamic_cast<const QSinglePointEvent*>(input.event.get());
+    const Qt::MouseButtons buttons = mouse ? mouse->buttons() : Qt::MouseButtons();
+    return static_cast<WORD>((buttons & Qt::LeftButton ? MK_LBUTTON : 0) |
+                             (buttons & Qt::RightButton ? MK_RBUTTON : 0) |
+                             (input.modifiers & Qt::ShiftModifier ? MK_SHIFT : 0) |
+                             (input.modifiers & Qt::ControlModifier ? MK_CONTROL : 0));
+}
+
 void showCursor(const Window& window) {
     QWidget* const top = window.client->window();
     if (QWindow* shown = top->windowHandle(); shown && shown->cursor().shape() != window.client->cursor().shape()) {
@@ -240,7 +250,11 @@ bool takeMouse(const RawInput& input, MSG& message) {
         target = hit(*top, input.at);
     }
     if (input.what == RawInput::What::Wheel) {
-        message = {target->handle, WM_MOUSEWHEEL, MAKEWPARAM(0, static_cast<WORD>(input.turned)), placeOf(input.at), 0,
+        message = {target->handle,
+                   WM_MOUSEWHEEL,
+                   MAKEWPARAM(heldIn(input), static_cast<WORD>(input.turned)),
+                   placeOf(input.at),
+                   0,
                    {0, 0}};
         return true;
     }
@@ -251,7 +265,11 @@ bool takeMouse(const RawInput& input, MSG& message) {
         activate(rootOf(*target).handle);
     }
     showCursor(*target);
-    message = {target->handle, mouseMessage(input, *target), 0, placeOf(target->client->mapFromGlobal(input.at)), 0,
+    message = {target->handle,
+               mouseMessage(input, *target),
+               heldIn(input),
+               placeOf(target->client->mapFromGlobal(input.at)),
+               0,
                {0, 0}};
     return true;
 }

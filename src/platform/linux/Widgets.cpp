@@ -21,6 +21,7 @@ constexpr int CaptionHeight = 23;
 constexpr int MenuHeight = 20;
 
 constexpr DWORD StaticTypeMask = 0x1F;
+constexpr QSize IconSize(32, 32);
 constexpr Qt::WindowFlags DialogFlags =
     Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint;
 
@@ -148,7 +149,7 @@ void placeFrame(Window& window) {
 namespace {
 
 // Texts, pictures and etched lines.
-QWidget* makeStatic(const Window& window) {
+QWidget* makeStatic(Window& window) {
     const DWORD type = window.style & StaticTypeMask;
     auto* label = new QLabel(window.parent->client);
     switch (type) {
@@ -162,11 +163,19 @@ QWidget* makeStatic(const Window& window) {
             break;
         }
         case SS_ICON:
-            label->setPixmap(iconOf(LoadIconA(nullptr, MAKEINTRESOURCEA(window.imageId))).pixmap(32, 32));
+            // The control takes the picture's size.
+            window.place.setSize(IconSize);
+            label->setPixmap(iconOf(LoadIconA(nullptr, MAKEINTRESOURCEA(window.imageId))).pixmap(IconSize));
             break;
         case SS_BITMAP: {
             const HBITMAP bitmap = LoadBitmapA(nullptr, MAKEINTRESOURCEA(window.imageId));
             label->setPixmap(QPixmap::fromImage(imageOf(bitmap)));
+            if (window.style & SS_CENTERIMAGE) {
+                // What it leaves of the control has the colour of its first pixel.
+                label->setAlignment(Qt::AlignCenter);
+                label->setAutoFillBackground(true);
+                label->setPalette(QPalette(imageOf(bitmap).pixelColor(0, 0)));
+            }
             DeleteObject(bitmap);
             break;
         }

@@ -39,6 +39,11 @@ constexpr UINT WM_RBUTTONDOWN = 0x0204;
 constexpr UINT WM_RBUTTONUP = 0x0205;
 constexpr UINT WM_RBUTTONDBLCLK = 0x0206;
 constexpr UINT WM_MOUSEWHEEL = 0x020A;
+// What is held, as wParam of the mouse's messages.
+constexpr WORD MK_LBUTTON = 0x01;
+constexpr WORD MK_RBUTTON = 0x02;
+constexpr WORD MK_SHIFT = 0x04;
+constexpr WORD MK_CONTROL = 0x08;
 constexpr UINT WM_ENTERMENULOOP = 0x0211;
 constexpr UINT WM_EXITMENULOOP = 0x0212;
 constexpr UINT WM_CAPTURECHANGED = 0x0215;
@@ -109,6 +114,7 @@ constexpr DWORD SS_ICON = 0x03;
 constexpr DWORD SS_BITMAP = 0x0E;
 constexpr DWORD SS_ETCHEDHORZ = 0x10;
 constexpr DWORD SS_ETCHEDFRAME = 0x12;
+constexpr DWORD SS_CENTERIMAGE = 0x0200;
 
 constexpr int IDOK = 1;
 constexpr int IDCANCEL = 2;
