@@ -8,7 +8,6 @@
 //   a key moves the selection            SELCHANGE at once; on the closed list after SELENDOK
 //   the focus goes                       SELENDCANCEL, CLOSEUP if the list was open, KILLFOCUS
 #include <QComboBox>
-#include <QScrollBar>
 
 #include "platform/linux/DropList.h"
 
@@ -27,6 +26,7 @@ constexpr int Notch = 120;
 // A poll of a lost link holds the letters of a search in a list up for a good quarter of a second.
 constexpr Moment LongestPauseInSearch = Second;
 constexpr UINT_PTR ScrollTimer = 1;
+constexpr UINT ScrollDelay = 400;
 constexpr UINT ScrollPeriod = 50;
 
 class ComboBox : public QComboBox {
@@ -58,7 +58,7 @@ public:
     void takeKey(WPARAM key, bool alt);
     void takeLetter(const QString& letter);
     void roll(int turned);
-    void scrollOn();
+    void scrollOn(UINT pause);
     void leave();
     DropList* dropped() const {
         return isOpen() ? list : nullptr;
@@ -74,7 +74,8 @@ private:
     void moveTo(int row);
     int rows() const;
     int search(const QString& letter, int from);
-    void pressBar(QPoint place);
+    void pressBar();
+    void drag();
 
     enum class Held { Nothing, Box, Row, Bar };
 
@@ -83,14 +84,14 @@ private:
     DropList* list = nullptr;
     Held held = Held::Nothing;
     bool dragged = false;  // from the box into the list
-    int scrolling = 0;     // rows a beat, while the bar is held
+    QPoint mouse;          // on the screen, while the bar is held
     QString typed;
     Moment lastTyped = 0;
 };
 
 void CALLBACK scrollHeld(HWND window, UINT, UINT_PTR, DWORD) {
     if (const Window* combo = find(window)) {
-        static_cast<ComboBox&>(*combo->outer).scrollOn();
+        static_cast<ComboBox&>(*combo->outer).scrollOn(ScrollPeriod);
     }
 }
 
@@ -240,29 +241,35 @@ void ComboBox::takeLetter(const QString& letter) {
 }
 
 void ComboBox::roll(int turned) {
-    QScrollBar& bar = *list->view.verticalScrollBar();
-    bar.setValue(bar.value() - turned * RowsPerNotch / Notch);
+    list->bar->setValue(list->bar->value() - turned * RowsPerNotch / Notch);
 }
 
-void ComboBox::pressBar(QPoint place) {
-    const QScrollBar& bar = *list->view.verticalScrollBar();
-    const QPoint inside = bar.mapFromGlobal(place);
-    if (!bar.isVisible() || !bar.rect().contains(inside)) {
+void ComboBox::pressBar() {
+    const QPoint inside = list->bar->mapFromGlobal(mouse);
+    if (list->bar->isVisible() && list->bar->rect().contains(inside)) {
+        held = Held::Bar;
+        list->bar->grip(inside);
+        scrollOn(ScrollDelay);
+    }
+}
+
+// By a row or by what the list shows, as long as the mouse holds the arrow or the groove and is over it.
+void ComboBox::scrollOn(UINT pause) {
+    if (!isOpen() || held != Held::Bar) {
         return;
     }
-    held = Held::Bar;
-    const int side = bar.width();
-    const bool upper = inside.y() < bar.height() / 2;
-    const bool onArrow = inside.y() < side || inside.y() >= bar.height() - side;
-    scrolling = (upper ? -1 : 1) * (onArrow ? 1 : rows());
-    scrollOn();
+    const QStyle::SubControl part = list->bar->heldPart();
+    const bool back = part == QStyle::SC_ScrollBarSubLine || part == QStyle::SC_ScrollBarSubPage;
+    const bool onArrow = part == QStyle::SC_ScrollBarSubLine || part == QStyle::SC_ScrollBarAddLine;
+    if (part != QStyle::SC_ScrollBarSlider && list->bar->isOnHeldPart(list->bar->mapFromGlobal(mouse))) {
+        list->bar->setValue(list->bar->value() + (back ? -1 : 1) * (onArrow ? 1 : rows()));
+    }
+    SetTimer(window, ScrollTimer, pause, scrollHeld);
 }
 
-void ComboBox::scrollOn() {
-    if (isOpen() && held == Held::Bar) {
-        QScrollBar& bar = *list->view.verticalScrollBar();
-        bar.setValue(bar.value() + scrolling);
-        SetTimer(window, ScrollTimer, ScrollPeriod, scrollHeld);
+void ComboBox::drag() {
+    if (list->bar->heldPart() == QStyle::SC_ScrollBarSlider) {
+        list->bar->setValue(list->bar->positionAt(list->bar->mapFromGlobal(mouse)));
     }
 }
 
@@ -270,6 +277,7 @@ void ComboBox::scrollOn() {
 LRESULT ComboBox::takeMouse(UINT message, QPoint place) {
     const int row = isOpen() ? list->rowAt(place) : -1;
     const bool onRow = row >= 0;
+    mouse = place;
     switch (message) {
         case WM_LBUTTONDOWN:
         case WM_LBUTTONDBLCLK:
@@ -282,13 +290,15 @@ LRESULT ComboBox::takeMouse(UINT message, QPoint place) {
                 held = Held::Row;
                 highlight(row);
             } else if (list->contains(place)) {
-                pressBar(place);
+                pressBar();
             } else {
                 close(false);
             }
             break;
         case WM_MOUSEMOVE:
-            if (onRow && held != Held::Bar) {
+            if (held == Held::Bar) {
+                drag();
+            } else if (onRow) {
                 dragged = held == Held::Box;
                 highlight(row);
             }

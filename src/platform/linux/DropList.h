@@ -7,6 +7,7 @@
 #include <QScreen>
 #include <QVBoxLayout>
 
+#include "platform/linux/GrippedBar.h"
 #include "platform/linux/Layer.h"
 
 namespace layer {
@@ -52,6 +53,7 @@ public:
         layout->setContentsMargins(1, 1, 1, 1);
         layout->addWidget(&view);
         view.setModel(&model);
+        view.setVerticalScrollBar(bar);
         view.setFont(box->font());
         view.setFrameShape(QFrame::NoFrame);
         view.setFocusPolicy(Qt::NoFocus);
@@ -79,6 +81,7 @@ public:
     }
 
     QListView view;
+    GrippedBar* const bar = new GrippedBar(Qt::Vertical);
 };
 
 }  // namespace layer

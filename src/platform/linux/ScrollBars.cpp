@@ -1,8 +1,7 @@
 // Scroll bars that are controls: Qt paints them, what they do is decided here.
-#include <QScrollBar>
-#include <QStyleOptionSlider>
 #include <algorithm>
 
+#include "platform/linux/GrippedBar.h"
 #include "platform/linux/Layer.h"
 
 namespace layer {
@@ -14,9 +13,6 @@ constexpr DWORD TabStop = 0x00010000;
 constexpr UINT_PTR RepeatTimer = 1;
 constexpr UINT RepeatDelay = 400;
 constexpr UINT RepeatPeriod = 50;
-// A thumb that is dragged off its bar, so many times its thickness, goes back to where it was.
-constexpr int MarginAcross = 8;
-constexpr int MarginAlong = 2;
 
 struct ScrollKey {
     WPARAM key;
@@ -44,9 +40,9 @@ void CALLBACK repeatHeld(HWND window, UINT, UINT_PTR, DWORD);
 
 // Tells its parent what the user does; where the thumb then stands is the parent's decision, so that it follows the
 // mouse only while it is held.
-class ScrollBar : public QScrollBar {
+class ScrollBar : public GrippedBar {
 public:
-    ScrollBar(QWidget* parent, HWND shown, Qt::Orientation along) : QScrollBar(along, parent), window(shown) {
+    ScrollBar(QWidget* parent, HWND shown, Qt::Orientation along) : GrippedBar(along, parent), window(shown) {
         setContextMenuPolicy(Qt::NoContextMenu);
         setRange(0, 100);
         setPageStep(1);
@@ -61,45 +57,27 @@ public:
     void press(QPoint place) {
         setCapture(window);
         at = place;
-        held = partAt(place);
-        if (held == QStyle::SC_ScrollBarSlider) {
-            const QRect thumb = partRect(held);
-            grip = along(place) - along(thumb.topLeft());
-            track = start = value();
-            tracked = false;
-        } else if (const auto* row = codeOf(held); row && tell(row->code)) {
+        tracked = false;
+        grip(place);
+        if (const auto* row = codeOf(heldPart()); row && tell(row->code)) {
             SetTimer(window, RepeatTimer, RepeatDelay, repeatHeld);
         }
     }
 
-    // The hold goes on, but works only while the mouse is over the part.
     void repeat() {
         SetTimer(window, RepeatTimer, RepeatPeriod, repeatHeld);
-        const auto* row = codeOf(held);
-        if (row && partAt(at) == held) {
+        const auto* row = codeOf(heldPart());
+        if (row && isOnHeldPart(at)) {
             tell(row->code);
         }
     }
 
     void move(QPoint place) {
         at = place;
-        if (held != QStyle::SC_ScrollBarSlider) {
+        if (heldPart() != QStyle::SC_ScrollBarSlider) {
             return;
         }
-        const QRect groove = partRect(QStyle::SC_ScrollBarGroove);
-        const QRect thumb = partRect(QStyle::SC_ScrollBarSlider);
-        const bool across = orientation() == Qt::Horizontal;
-        const int room = across ? groove.width() - thumb.width() : groove.height() - thumb.height();
-        const int thickness = across ? height() : width();
-        const QSize margin = QSize(MarginAlong, MarginAcross) * thickness;
-        const bool far =
-            !rect()
-                 .marginsAdded(across ? QMargins(margin.width(), margin.height(), margin.width(), margin.height())
-                                      : QMargins(margin.height(), margin.width(), margin.height(), margin.width()))
-                 .contains(place);
-        const int position = far ? start
-                                 : QStyle::sliderValueFromPosition(minimum(), maximum(),
-                                                                   along(place) - along(groove.topLeft()) - grip, room);
+        const int position = positionAt(place);
         if (position != track || !tracked) {
             track = position;
             tracked = true;
@@ -109,12 +87,12 @@ public:
 
     // The end of a hold, by the release or because it was taken away.
     void release() {
-        if (held == QStyle::SC_None) {
+        if (heldPart() == QStyle::SC_None) {
             return;
         }
         KillTimer(window, RepeatTimer);
-        const bool dragged = held == QStyle::SC_ScrollBarSlider && tracked;
-        held = QStyle::SC_None;
+        const bool dragged = heldPart() == QStyle::SC_ScrollBarSlider && tracked;
+        letGo();
         const HWND handle = window;
         if (capture() == handle) {
             releaseCapture();
@@ -132,19 +110,6 @@ public:
     }
 
 private:
-    int along(QPoint point) const {
-        return orientation() == Qt::Horizontal ? point.x() : point.y();
-    }
-    QStyle::SubControl partAt(QPoint place) const {
-        QStyleOptionSlider option;
-        initStyleOption(&option);
-        return style()->hitTestComplexControl(QStyle::CC_ScrollBar, &option, place, this);
-    }
-    QRect partRect(QStyle::SubControl part) const {
-        QStyleOptionSlider option;
-        initStyleOption(&option);
-        return style()->subControlRect(QStyle::CC_ScrollBar, &option, part, this);
-    }
     static const ScrollPart* codeOf(QStyle::SubControl part) {
         const auto* row = std::ranges::find(ScrollParts, part, &ScrollPart::part);
         return row == std::end(ScrollParts) ? nullptr : row;
@@ -165,12 +130,9 @@ private:
     }
 
     HWND window;
-    QStyle::SubControl held = QStyle::SC_None;
     QPoint at;  // the mouse, while it holds the bar
     bool tracked = false;
-    int grip = 0;
     int track = 0;
-    int start = 0;
 };
 
 ScrollBar& barOf(const Window& window) {
