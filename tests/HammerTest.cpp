@@ -75,7 +75,8 @@ TEST_F(Hammer, VisitsToEveryPageAndDialogLeaveNothingBehind) {
         for (const auto& [port, family] : {std::pair{UINT{IDM_COM1}, 4}, {IDM_COM2, 2}, {IDM_COM9, 1}}) {
             SCOPED_TRACE(std::to_string(round) + " on " + std::to_string(family));
             send({port, LanguageItems[round % 5], SizeItems[2 * round % 5]});
-            ASSERT_TRUE(pumpUntil([&] { return ControllerFamily == family && LinkLost == (family == 1); }));
+            ASSERT_TRUE(
+                pumpUntil([family = family] { return ControllerFamily == family && LinkLost == (family == 1); }));
             for (const UINT page : Pages) {
                 send({page});
                 for (const DialogRow& row : Dialogs) {
