@@ -72,10 +72,10 @@ TEST_F(Hammer, VisitsToEveryPageAndDialogLeaveNothingBehind) {
     std::array<size_t, 6> counts{};
     size_t used = 0;
     for (size_t round = 0; round < 15; ++round) {
-        for (const auto& [port, family] : {std::pair{UINT{IDM_COM1}, 4}, {IDM_COM2, 2}, {IDM_COM9, 1}}) {
-            SCOPED_TRACE(std::to_string(round) + " on " + std::to_string(family));
+        for (const auto& [port, kind] : {std::pair{UINT{IDM_COM1}, 4}, {IDM_COM2, 2}, {IDM_COM9, 1}}) {
+            SCOPED_TRACE(std::to_string(round) + " on " + std::to_string(kind));
             send({port, LanguageItems[round % 5], SizeItems[2 * round % 5]});
-            ASSERT_TRUE(pumpUntil([&] { return ControllerFamily == family && LinkLost == (family == 1); }));
+            ASSERT_TRUE(pumpUntil([kind = kind] { return ControllerFamily == kind && LinkLost == (kind == 1); }));
             for (const UINT page : Pages) {
                 send({page});
                 for (const DialogRow& row : Dialogs) {

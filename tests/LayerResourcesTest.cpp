@@ -1,4 +1,4 @@
-// Menus, strings and dialog templates, as the compiled resources hold them.
+// Menus, their tags, strings and dialog templates, as the compiled resources hold them.
 #include <QAction>
 #include <QMenu>
 #include <QMenuBar>
@@ -89,6 +89,18 @@ TEST_F(Layer, MenuItemsSendTheirCommandsAndTakeTheirMarks) {
     std::array<char, 4> title{};
     EXPECT_EQ(LoadStringA(nullptr, IDS_TITLE, title.data(), 4), 3);
     EXPECT_STREQ(title.data(), "Tar") << "cut to its buffer";
+}
+
+TEST_F(Layer, EachLanguageHasATagOfItsOwn) {
+    const auto lettersOf = [](unsigned tag) {
+        return layer::imageOf(LoadBitmapA(nullptr, MAKEINTRESOURCEA(tag))).createMaskFromColor(QColor(Qt::white).rgb());
+    };
+    QList<QImage> known;
+    for (const auto& [plain, chosen] : {std::pair{1014u, 204u}, {203, 205}, {1015, 209}, {1017, 1016}, {230, 229}}) {
+        EXPECT_EQ(lettersOf(plain), lettersOf(chosen));
+        EXPECT_FALSE(known.contains(lettersOf(plain))) << plain << " is that of another language";
+        known.append(lettersOf(plain));
+    }
 }
 
 TEST_F(Layer, EveryDialogIsWellFormed) {
