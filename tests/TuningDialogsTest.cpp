@@ -276,7 +276,6 @@ TEST_F(TuningDialogs, ALostLinkShowsAndAnUnservedFamilyIsOnlyAskedForItsName) {
         SCOPED_TRACE(row.entry);
         startOn(4);
         setCell(simulator::Options, 0x80);
-        setCell(simulator::EmulBJ_TimeHi, 200);
         setCell(simulator::ZAM_OTW_BJ, 0x59);
         inDialog(row.open, [&] {
             const bool gasLevel = row.open == RunGasLevelDialog;
@@ -284,6 +283,10 @@ TEST_F(TuningDialogs, ALostLinkShowsAndAnUnservedFamilyIsOnlyAskedForItsName) {
                 EXPECT_EQ(selected(1003), entry);
                 EXPECT_EQ(gasLevel ? thresholds() + lamps() : level, level);
             };
+            clearMirrors();
+            pick(1003, 0);
+            EXPECT_EQ(sent(), row.open == RunEmulationDialog ? "65 0B 01 71" : "") << "other bits were never read";
+            setCell(simulator::EmulBJ_TimeHi, 200);
             tick();
             expectShown(row.entry, "40 90 150 210-XXX-");
             server->unplug();

@@ -55,31 +55,26 @@ protected:
 };
 
 TEST_F(TuningPageBytes, EntriesSendTheirBytes) {
-    struct Row {
-        int family, firmware;
-        UINT page;
-    };
-    for (const auto& [family, firmware, page] :
-         {Row{2, 9, IDM_CONFIGURATION}, Row{2, 9, IDM_OPTIONS}, Row{4, 4, IDM_CONFIGURATION}, Row{4, 4, IDM_OPTIONS},
-          Row{4, 5, IDM_OPTIONS}}) {
-        SCOPED_TRACE(family);
-        connect(family, firmware, page);
-        for (const Entries& row : entriesOn(page, family, firmware)) {
-            for (const auto& [cell, byte] : row.held) {
-                setCell(cell, byte);
-            }
-            tick();
-            EXPECT_TRUE(!isList(row.id) || entriesOf(row.id) == static_cast<int>(row.values.size())) << row.id;
-            for (unsigned entry = 0; entry < row.values.size(); ++entry) {
-                expectEntry(family, row, entry, 0x00);
-                if (row.mask != 0) {
-                    expectEntry(family, row, entry, 0xFF);
+    for (const auto& [family, firmware] : {std::pair{2, 9}, {4, 4}, {4, 5}}) {
+        startOn(family, firmware);
+        for (const UINT page : {IDM_CONFIGURATION, IDM_OPTIONS}) {
+            open(page);
+            for (const Entries& row : entriesOn(page, family, firmware)) {
+                for (const auto& [cell, byte] : row.held) {
+                    setCell(cell, byte);
                 }
-                ASSERT_FALSE(HasFatalFailure());
+                tick();
+                EXPECT_TRUE(!isList(row.id) || entriesOf(row.id) == static_cast<int>(row.values.size())) << row.id;
+                for (unsigned entry = 0; entry < row.values.size(); ++entry) {
+                    expectEntry(family, row, entry, 0x00);
+                    if (row.mask != 0) {
+                        expectEntry(family, row, entry, 0xFF);
+                    }
+                    ASSERT_FALSE(HasFatalFailure()) << "family " << family;
+                }
             }
         }
         closeProgram();
-        server.reset();
     }
 }
 

@@ -95,6 +95,7 @@ inline void clearMirrors() {
     LiveBlock = {};
     ParamBlockA = {};
     ParamBlockB = {};
+    ParamBlockC = {};
 }
 
 // A write by the cell's number on the wire; the value's low byte.

@@ -63,6 +63,7 @@ TEST_F(TuningPages, FamilyAndBitsDecideWhatIsOffered) {
             open(page = row.page);
         }
         clearMirrors();
+        A[0] = 0x65;
         ControllerFamily = row.family;
         FirmwareVersion = row.firmware;
         A[1] = static_cast<BYTE>(row.a1);
@@ -119,6 +120,8 @@ TEST_F(TuningPages, ChoicesBetweenTwoPollsWorkFromTheOldBytes) {
     setCell(simulator::Options, 0xFF);
     tick();
     sent();
+    constexpr int GotFocus = 6;
+    notify(1041, GotFocus);
     pick(1040, 0);
     pick(1041, 0);
     EXPECT_EQ(sent(), "65 05 DF 49, 65 05 BF 29");
