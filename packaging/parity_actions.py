@@ -27,6 +27,9 @@ class User:
             raise Missing(f"no control {number}")
         return found
 
+    def centre(self, number):
+        return self.look.seen(self.control(number)).centre()
+
     def do_wait(self):
         """Nothing: shows what goes on by itself."""
 
@@ -59,13 +62,10 @@ class User:
         self.press_item(1, int(index))
 
     def do_entry(self, index):
-        """Of the open list; -1 is the last that shows."""
-        found = [entry for entry in self.look.entries if entry.index == int(index)]
-        if index == "-1":
-            found = self.look.entries[-1:]
-        if not found:
+        """Of those that show of the open list."""
+        if int(index) >= len(self.look.entries):
             raise Missing(f"no entry {index}")
-        self.at(found[0].place.centre(), "click", 1)
+        self.at(self.look.entries[int(index)].place.centre(), "click", 1)
 
     def press_item(self, level, index):
         found = [item for item in self.look.items if (item.level, item.index) == (level, index)]
@@ -74,7 +74,7 @@ class User:
         self.at(found[0].place.centre(), "click", 1)
 
     def do_click(self, number, button=1):
-        self.at(self.control(number).place.centre(), "click", button)
+        self.at(self.centre(number), "click", button)
 
     def do_point(self, x, y, button=1):
         """A place of the page or dialog that was made last."""
@@ -93,15 +93,15 @@ class User:
         self.at(button.place.centre(), "click", 1)
 
     def do_press(self, number):
-        self.at(self.control(number).place.centre(), "mousedown", 1)
+        self.at(self.centre(number), "mousedown", 1)
 
     def do_release(self, number=None):
         """Over a control, or far outside all."""
-        self.at(self.control(number).place.centre() if number else (5, 1015), "mouseup", 1)
+        self.at(self.centre(number) if number else (5, 1015), "mouseup", 1)
 
     def do_wheel(self, number, turns):
         button = 5 if int(turns) > 0 else 4
-        self.at(self.control(number).place.centre(), "click", "--repeat", abs(int(turns)), button)
+        self.at(self.centre(number), "click", "--repeat", abs(int(turns)), button)
 
     def do_bar_arrow(self, number, end):
         """The arrow at an end of a scroll bar: - or +."""

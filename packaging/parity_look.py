@@ -16,6 +16,11 @@ class Rect:
     def centre(self):
         return self.left + self.width // 2, self.top + self.height // 2
 
+    def within(self, other):
+        left, top = max(self.left, other.left), max(self.top, other.top)
+        return Rect(left, top, min(self.left + self.width, other.left + other.width) - left,
+                    min(self.top + self.height, other.top + other.height) - top)
+
     def has(self, x, y):
         return self.left <= x < self.left + self.width and self.top <= y < self.top + self.height
 
@@ -78,6 +83,14 @@ class Look:
         found = [window for window in self.windows.values() if window.id == number and window.visible and
                  window.parent]
         return max(found, key=lambda window: serial(window.parent), default=None)
+
+    # What of a control lies inside all that it lies in.
+    def seen(self, window):
+        place = window.place
+        while window.parent:
+            window = self.windows[window.parent]
+            place = place.within(window.client)
+        return place
 
     # Of a top-level window and all in it, with their places in its client area.
     def drawings_in(self, name):

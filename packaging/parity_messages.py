@@ -39,7 +39,7 @@ MENU = "the way through a menu; the look compares what is open and marked"
 
 LEFT_OUT = {
     PLACES: (0x03, 0x05, 0x24, 0x46, 0x47, 0x83, 0x18, 0x22, 0x7E, 0x214, 0x216, 0x231, 0x232, 0x285),
-    FOCUS: (0x06, 0x07, 0x08, 0x1C, 0x21, 0x86, 0x0A, 0x1F, 0x215, 0x281, 0x282, 0x287),
+    FOCUS: (0x06, 0x07, 0x08, 0x1C, 0x21, 0x86, 0x0A, 0x1F, 0x215, 0x281, 0x282, 0x287, 0x28),
     FRAME: (0x81, 0x82, 0x85, 0xA0, 0xA1, 0xA2, 0xA3, 0xA4, 0xA5, 0xAE, 0xAF, 0x112, 0x2A2, 0x88, 0x7F),
     PAINTED: (0x14, 0x30, 0x132, 0x133, 0x134, 0x135, 0x136, 0x137, 0x138, 0x30F, 0x31, 0x128, 0x129),
     MOUSE: (0x20, 0x84, 0x200, 0x2A1, 0x2A3, 0x210),
@@ -50,6 +50,8 @@ LEFT_OUT = {
 }
 KNOWN = {message for messages in LEFT_OUT.values() for message in messages}
 TIMER = 0x113
+# Template, message and notification of what every tick does again: the gas level's fields are set anew.
+BY_TICKS = {("217", 0x111, 0x300), ("217", 0x111, 0x400)}
 
 
 def is_timer(line):
@@ -58,11 +60,15 @@ def is_timer(line):
 
 # Whether a line takes part in the comparison; what no table knows does.
 def is_compared(line):
-    return line[0] != "beat" and (line[0] != "msg" or int(line[2]) not in KNOWN)
+    if line[0] != "msg":
+        return line[0] != "beat"
+    return int(line[2]) not in KNOWN and (line[1].partition(".")[0], int(line[2]), int(line[3]) >> 16) not in BY_TICKS
 
 
 def told(line):
     """A line of the log as it is compared and printed."""
+    if line[0] == "fileend":
+        return " ".join([*line[:2], line[2].replace("\\", "/").rpartition("/")[2]])
     if line[0] != "msg":
         return " ".join(line)
     message, w_param, l_param, control = int(line[2]), int(line[3]), int(line[4]), line[5]

@@ -11,8 +11,10 @@ from dataclasses import dataclass
 
 @dataclass
 class Session:
+    """All that the controller shows is held at `live`, by its byte, so that it stands still."""
     name: str
     steps: list
+    live: dict
     family: int = 4
     language: str = "ang"
 
@@ -21,9 +23,8 @@ FILE, PORT, SIZE, LANGUAGE, READINGS, CONFIGURATION, OPTIONS, DIAGRAM, RESET, SC
 PAGES = {"Readings": READINGS, "Configuration": CONFIGURATION, "Options": OPTIONS, "Diagram": DIAGRAM, "Reset": RESET}
 ABOUT, CONTROLLER = 0, 1
 
-# A warm engine on gas; all that it shows stands still.
-RUNNING = [(f"live byte {byte}", f"tell live {byte} {value}")
-           for byte, value in {1: 40, 2: 110, 3: 110, 4: 120, 5: 112, 6: 23, 7: 105, 8: 3, 9: 90}.items()]
+# A warm engine on gas.
+RUNNING = {1: 40, 2: 110, 3: 110, 4: 120, 5: 112, 6: 23, 7: 105, 8: 3, 9: 90}
 
 
 def page(name):
@@ -42,9 +43,12 @@ def keys(*presses):
     return [(f"key {press}", f"key {press}") for press in presses]
 
 
+# A cold one that stands.
+STANDING = {1: 5, 2: 110, 3: 110, 4: 200, 5: 255, 6: 255, 7: 96, 8: 0, 9: 20}
+
 readings = Session("readings", [
     ("polls on Readings", "wait"),
-    *RUNNING,
+    *[(f"live byte {byte}", f"tell live {byte} {value}") for byte, value in RUNNING.items()],
     ("a menu", f"bar {FILE}"),
     ("polls with a menu open", "wait"),
     ("a press beside the menu", "desktop 640 600"),
@@ -80,13 +84,12 @@ readings = Session("readings", [
     ("replug", "replug"),
     ("polls after the replug", "wait"),
     ("close", "close"),
-])
+], STANDING)
 
-LISTS = {"Lambda type": (1003, 1), "Lambda point": (1013, 28), "Lambda delay": (1017, 5), "ignition": (1021, 2),
-         "speed for gas": (1022, 6), "change of speed": (1023, 1), "TPS type": (1024, 1), "overlap": (1026, 8)}
+LISTS = {"Lambda type": (1003, 1), "Lambda point": (1013, 5), "Lambda delay": (1017, 5), "ignition": (1021, 2),
+         "speed for gas": (1022, 6), "change of speed": (1023, 1), "TPS type": (1024, 1), "overlap": (1026, 2)}
 
 configuration = Session("configuration", [
-    *RUNNING,
     page("Configuration"),
     ("polls on Configuration", "wait"),
     *[step for name, (control, entry) in LISTS.items() for step in choose(name, control, entry)],
@@ -99,8 +102,11 @@ configuration = Session("configuration", [
     *keys("Down", "Down", "Return"),
     *keys("Up", "Down", "Home", "End", "F4", "Home", "Escape", "alt+Down", "End", "Return", "F4", "Up", "F4"),
     ("the focus to ignition", "click 1021"),
-    *keys("Escape", "2", "3", "w", "Prior", "Next"),
-    ("wheel over the closed list", "wheel 1021 2"),
+    *keys("Escape", "2"),
+    ("a pause behind a letter", "beats 30"),
+    *keys("3"),
+    ("a pause behind a letter", "beats 30"),
+    *keys("w", "Prior", "Next"),
     ("drop the delay", "click 1017"),
     ("wheel over the open list", "wheel 1017 1"),
     ("right click on the open list", "click 1017 3"),
@@ -119,7 +125,7 @@ configuration = Session("configuration", [
     ("let go outside the list", "release"),
     *keys("Escape"),
     ("drop the emulation", "click 1018"),
-    ("choose the wave", "entry 2"),
+    ("choose the wave", "entry 0"),
     ("polls behind the emulation", "wait"),
     *choose("the high time", 1003, 3),
     *choose("the low time", 1004, 4),
@@ -137,25 +143,26 @@ configuration = Session("configuration", [
     ("factory thresholds", "click 1141"),
     ("a field", "click 1009"),
     ("type into it", "type 12"),
-    ("the focus to a bar by Tab", "key Tab"),
-    *keys("Right", "Next", "Home"),
     *choose("the sensor", 1003, 1),
     *choose("the other sensor", 1003, 0),
+    ("the focus to a field", "click 1009"),
+    ("the focus to its bar", "key Tab"),
+    *[(f"bar key {press}", f"key {press}") for press in ("Right", "Next", "Home")],
     ("close the gas level", "click 1"),
     ("close with a list open", "click 1021"),
     ("close", "close"),
-])
+], RUNNING)
 
 OPTION_LISTS = {"idle down": (1013, 3), "idle up": (1043, 4), "load down": (1044, 5), "load up": (1045, 6),
                 "cut-off speed": (1048, 3), "cut-off steps": (1049, 4), "speed off gas": (1050, 2),
                 "temperature": (1051, 5), "sound": (1052, 1)}
 
 options = Session("options", [
-    *RUNNING,
     page("Options"),
     ("polls on Options", "wait"),
-    ("base", "click 1034"),
-    *choose("base", 1003, 9),
+    *choose("base", 1003, 3),
+    ("box of the base", "click 1034"),
+    ("box of the base back", "click 1034"),
     ("jump", "click 1039"),
     *choose("TPS type of the jump", 1046, 2),
     *choose("jump volts", 1047, 2),
@@ -169,15 +176,16 @@ options = Session("options", [
     ("drop a correction", "click 1013"),
     ("polls with a list in the corrections", "wait"),
     *keys("Down", "Return", "Escape"),
+    ("wheel over a closed list", "wheel 1052 1"),
     ("press Corrections", "press 1014"),
     ("let go outside", "release"),
     ("close", "close"),
-])
+], RUNNING)
 
 oscilloscope = Session("oscilloscope", [
-    *RUNNING,
     ("unplug", "unplug"),
-    ("open the Oscilloscope", f"bar {SCOPE}"),
+    ("sweeping, without a link", f"bar {SCOPE}"),
+    ("sweeping, a poll of a lost link", "beats 15"),
     ("polls of a lost link", "wait"),
     ("sweeping after the replug", "replug"),
     ("sweeping to the end", "frames 1600"),
@@ -192,7 +200,7 @@ oscilloscope = Session("oscilloscope", [
     ("thumb to the end", "thumb 1117 +"),
     ("thumb to the beginning", "thumb 1117 -"),
     ("thumb let go outside", "thumb 1117 away"),
-    *keys("Right", "Left", "Next", "Prior", "End", "Home"),
+    *[(f"bar key {press}", f"key {press}") for press in ("Right", "Left", "Next", "Prior", "End", "Home")],
     ("the wheel over the bar", "wheel 1117 2"),
     ("the wheel over the page", "wheel 1071 -1"),
     ("sweeping again", "click 1071"),
@@ -202,10 +210,9 @@ oscilloscope = Session("oscilloscope", [
     ("sweeping on, polls behind About", "wait"),
     ("sweeping on, About closes", "key Return"),
     ("close", "close"),
-])
+], RUNNING)
 
 files = Session("files", [
-    *RUNNING,
     *menu("Save As", FILE, 1),
     ("polls behind the file dialog", "wait"),
     *keys("Escape"),
@@ -235,10 +242,9 @@ files = Session("files", [
     ("load it", "key Return"),
     ("answer by Enter", "key Return"),
     *menu("exit", FILE, 3),
-])
+], RUNNING)
 
 service = Session("service", [
-    *RUNNING,
     page("Reset"),
     ("polls on Reset", "wait"),
     ("reset of a running engine", "click 126"),
@@ -253,7 +259,7 @@ service = Session("service", [
     ("type into it", "type x"),
     ("change the number", "click 1179"),
     ("the field", "click 1164"),
-    *keys("ctrl+a"),
+    *keys("Home", "shift+End"),
     ("type", "type ab12"),
     *keys("BackSpace", "Left", "Delete", "Home", "shift+End", "BackSpace"),
     ("type too much", "type wx123456789"),
@@ -277,10 +283,10 @@ service = Session("service", [
     ("thumb to the end", "thumb 1121 +"),
     ("thumb to the right", "thumb 1120 +"),
     ("thumb let go outside", "thumb 1121 away"),
-    *keys("Down", "Right", "Prior", "Home"),
+    *[(f"bar key {press}", f"key {press}") for press in ("Down", "Right", "Prior", "Home")],
     ("the wheel", "wheel 1121 1"),
     ("close", "close"),
-])
+], RUNNING)
 
 
 def every_page():
@@ -290,27 +296,24 @@ def every_page():
 
 SIZES = ["640x480", "800x600", "1024x768", "1280x960", "1280x1024"]
 sizes = Session("sizes", [
-    *RUNNING,
     *[step for index, size in enumerate(SIZES) for step in [*menu(size, SIZE, index), *every_page()]],
     ("a speed", "tell live 6 10"),
     ("petrol", "tell live 8 0"),
     ("cold", "tell live 4 200"),
     ("lean", "tell live 1 12"),
     ("close", "close"),
-])
+], RUNNING)
 
 LANGUAGES = ["Polish", "English", "Russian", "Lithuanian", "Czech"]
 languages = Session("languages", [
-    *RUNNING,
     *[step for index, name in enumerate(LANGUAGES) for step in [
         *menu(name, LANGUAGE, index), *every_page(), *menu("Device information", INFORMATION, CONTROLLER),
         *keys("Escape"), *menu("About", INFORMATION, ABOUT), *keys("Escape")]],
     ("close", "close"),
-])
+], RUNNING)
 
 family2 = Session("family 2", [
     ("polls on Readings", "wait"),
-    *RUNNING,
     page("Configuration"),
     ("polls on Configuration", "wait"),
     *choose("Lambda type", 1003, 1),
@@ -340,10 +343,9 @@ family2 = Session("family 2", [
     ("a name", "type two"),
     ("save", "key Return"),
     ("close", "close"),
-], family=2, language="pol")
+], STANDING, family=2, language="pol")
 
 by_keys = Session("menus by keys", [
-    *RUNNING,
     *keys("F10", "Right", "Right", "Down", "Down", "Escape", "Escape"),
     *keys("F10", "Down", "Down", "Up", "Escape", "Escape"),
     *keys("alt+f", "Right", "Left", "Escape", "Escape"),
@@ -363,6 +365,6 @@ by_keys = Session("menus by keys", [
     *keys("alt"),
     ("a menu", f"bar {FILE}"),
     ("close behind the menu", "close"),
-])
+], RUNNING)
 
 SESSIONS = [readings, configuration, options, oscilloscope, files, service, sizes, languages, family2, by_keys]

@@ -1,21 +1,19 @@
 """Wine's own folder for the comparison: made once, with the measures and colours of the real desktop."""
 
 import os
+import shutil
 import subprocess
 from pathlib import Path
 
 import parity_face
 
-# Fixed borders of 3, a caption of 23 and a menu of 20 pixels, as at 96 dots an inch; no theme, no window manager;
-# Arial's metric twin in its place. The port is a link that each simulator makes anew.
+# Fixed borders of 3, a caption of 23 and a menu of 20 pixels, as at 96 dots an inch; no theme, no window manager. The
+# port is a link that each simulator makes anew.
 SETTINGS = r"""Windows Registry Editor Version 5.00
 
 [HKEY_CURRENT_USER\Software\Wine\X11 Driver]
 "Managed"="N"
 "Decorated"="N"
-
-[HKEY_CURRENT_USER\Software\Wine\Fonts\Replacements]
-"Arial"="Liberation Sans"
 
 [HKEY_CURRENT_USER\Software\Wine\WineDbg]
 "ShowCrashDialog"=dword:00000000
@@ -28,6 +26,8 @@ SETTINGS = r"""Windows Registry Editor Version 5.00
 "ButtonAlternateFace"="240 240 240"
 "Menu"="240 240 240"
 "MenuBar"="240 240 240"
+"ButtonShadow"="160 160 160"
+"ButtonHilight"="255 255 255"
 
 [HKEY_CURRENT_USER\Control Panel\Desktop\WindowMetrics]
 "CaptionHeight"="22"
@@ -37,9 +37,7 @@ SETTINGS = r"""Windows Registry Editor Version 5.00
 "ScrollWidth"="17"
 
 [HKEY_LOCAL_MACHINE\Software\Microsoft\Windows NT\CurrentVersion\FontSubstitutes]
-"MS Sans Serif"="Tarvex Dialog"
-"Microsoft Sans Serif"="Tarvex Dialog"
-"MS Shell Dlg"="Tarvex Dialog"
+{faces}
 
 [HKEY_LOCAL_MACHINE\Software\Wine\Ports]
 "COM1"="{port}"
@@ -57,9 +55,11 @@ class Prefix:
     # Makes it if it is missing or was made otherwise.
     def make(self):
         made = self.place / "made"
-        settings = SETTINGS.replace("{port}", str(self.ports / "COM1"))
+        faces = "\n".join(f'"{name}"="{face}"' for name, face in parity_face.SUBSTITUTES.items())
+        settings = SETTINGS.replace("{port}", str(self.ports / "COM1")).replace("{faces}", faces)
         if not made.exists() or made.read_text(encoding="utf-8") != settings:
-            self.place.mkdir(parents=True, exist_ok=True)
+            shutil.rmtree(self.place, ignore_errors=True)
+            self.place.mkdir(parents=True)
             self.run("wineboot", "-i")
             parity_face.install(self.place / "drive_c/windows/Fonts")
             script = self.place / "settings.reg"

@@ -94,7 +94,8 @@ void Canvas::moveEvent(QMoveEvent*) {
 }
 
 bool notifyParent(HWND control, unsigned code) {
-    if (const Window* window = find(control); window && window->parent) {
+    // One that goes with its window tells nobody.
+    if (const Window* window = find(control); window && window->parent && !window->parent->dying) {
         SendMessageA(window->parent->handle, WM_COMMAND, MAKEWPARAM(static_cast<unsigned>(window->id), code),
                      reinterpret_cast<LPARAM>(control));
     }
