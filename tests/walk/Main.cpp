@@ -39,7 +39,7 @@ constexpr int AnswersAnInput = 20;
 class Session {
 public:
     explicit Session(const Order& asked)
-        : order(asked), dice(asked.seed), line(clock, dice), watch(clock, line), user(clock, dice, watch) {
+        : order(asked), dice(asked.seed), line(clock, dice), watch(clock, line), user(dice, watch) {
         if (QGuiApplication::platformName() == u"xcb") {
             server = std::make_unique<walk::Server>();
         }

@@ -129,8 +129,11 @@ void Reader::visit(const QString& service, const QString& path) {
         }
     }
     const QVariant children = ask(service, path, Accessible, "GetChildren");
+    if (!children.isValid()) {
+        return;
+    }
     const auto list = children.value<QDBusArgument>();
-    for (list.beginArray(); children.isValid() && !list.atEnd(); list.endStructure()) {
+    for (list.beginArray(); !list.atEnd(); list.endStructure()) {
         QString childService;
         QDBusObjectPath childPath;
         list.beginStructure();

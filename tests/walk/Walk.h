@@ -149,7 +149,7 @@ private:
 // Does one thing after the other, each at a moment of its own choice.
 class User {
 public:
-    User(HeldClock& clock, Dice& dice, Watch& watch) : clock(clock), dice(dice), watch(watch) {
+    User(Dice& dice, Watch& watch) : dice(dice), watch(watch) {
     }
     // How long until the next input.
     Moment pause();
@@ -187,7 +187,6 @@ private:
     // A control of the window on top that can be worked.
     const layer::Window* anyControl();
 
-    HeldClock& clock;
     Dice& dice;
     Watch& watch;
     std::vector<Input> planned;  // the last one first
