@@ -57,7 +57,8 @@ class Prefix:
         made = self.place / "made"
         faces = "\n".join(f'"{name}"="{face}"' for name, face in parity_face.SUBSTITUTES.items())
         settings = SETTINGS.replace("{port}", str(self.ports / "COM1")).replace("{faces}", faces)
-        if not made.exists() or made.read_text(encoding="utf-8") != settings:
+        recipe = settings + str(parity_face.FACES)
+        if not made.exists() or made.read_text(encoding="utf-8") != recipe:
             shutil.rmtree(self.place, ignore_errors=True)
             self.place.mkdir(parents=True)
             self.run("wineboot", "-i")
@@ -66,7 +67,7 @@ class Prefix:
             script.write_text(settings, encoding="utf-8")
             self.run("wine", "regedit", "/S", str(script))
             self.run("wineserver", "-w")
-            made.write_text(settings, encoding="utf-8")
+            made.write_text(recipe, encoding="utf-8")
         self.ports.mkdir(exist_ok=True)
 
     def run(self, *command):
