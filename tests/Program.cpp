@@ -55,5 +55,5 @@ void forgetProgram() {
     ParamBlockA = {};
     ParamBlockB = {};
     PortNumber = ActiveTimerPeriod = ParamTickCount = StatusHold = 0;
-    LinkRetries = OnGas = LearnRunning = LearnRequested = 0;
+    ComboOpen = LinkRetries = OnGas = LearnRunning = LearnRequested = 0;
 }

@@ -29,7 +29,7 @@ void CALLBACK wake(HWND, UINT, UINT_PTR, DWORD) {
 bool takenBefore(HACCEL accelerators, MSG& message) {
     const layer::Window* active = layer::find(layer::activeWindow());
     return active && active->modal ? layer::dialogTakesKey(active->handle, message)
-                                   : TranslateAcceleratorA(message.hwnd, accelerators, &message) != 0;
+                                   : TranslateAcceleratorA(MainWindow, accelerators, &message) != 0;
 }
 
 }  // namespace

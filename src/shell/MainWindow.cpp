@@ -148,7 +148,8 @@ int RunMessageLoop() {
     const HACCEL accelerators = LoadAcceleratorsA(AppInstance, MAKEINTRESOURCEA(IDA_MAIN));
     MSG message{};
     while (GetMessageA(&message, nullptr, 0, 0)) {
-        if (!TranslateAcceleratorA(message.hwnd, accelerators, &message)) {
+        // A control that has the keyboard would keep the command to itself.
+        if (!TranslateAcceleratorA(MainWindow, accelerators, &message)) {
             TranslateMessage(&message);
             DispatchMessageA(&message);
         }
