@@ -163,15 +163,69 @@ TEST_F(LayerDrawing, OnlyAThinLineLeavesOutItsLastPoint) {
     EXPECT_EQ(countPixels(window, Field, [](COLORREF colour) { return colour == Red; }), 20);
 }
 
-TEST_F(LayerDrawing, AWideLineHasRoundEnds) {
-    use(CreatePen(PS_SOLID, 9, Red), CreateSolidBrush(Cyan));
-    const POINT points[] = {{50, 50}, {150, 50}};
-    Polyline(dc, points, 2);
-    EXPECT_EQ(coloursOf(window), (Colours{Grey, Red}));
-    EXPECT_EQ(columnOf(window, 100, Red), 9);
-    const RECT bounds = boundsOf(window, Red);
-    EXPECT_TRUE(bounds.left >= 45 && bounds.left <= 47 && bounds.right >= 154 && bounds.right <= 156) << text(bounds);
-    EXPECT_TRUE(columnOf(window, bounds.left, Red) < 7 && columnOf(window, bounds.right - 1, Red) < 7);
+TEST_F(LayerDrawing, LinesAndRoundShapesTakeThePixelsOfTheRealDesktop) {
+    static constexpr POINT Thin[] = {{20, 20}, {28, 24}, {24, 32}, {20, 29}, {28, 25}};
+    static constexpr POINT Double[] = {{20, 20}, {27, 22}, {29, 29}, {22, 33}};
+    static constexpr POINT Needle[] = {{23, 20}, {20, 22}};
+    const struct {
+        int pen;
+        BOOL (*draw)(HDC);
+        int left, top;
+        std::vector<std::string> rows;  // # the pen, o the brush
+    } pictures[] = {
+        {1,
+         [](HDC to) { return Polyline(to, Thin, 5); },
+         20,
+         20,  // ties in all directions
+         {"##.......", "..##.....", "....##...", "......##.", "........#", ".......#.", ".....###.", "...##.#..",
+          ".##...#..", "#....#...", ".##..#...", "...##....", "....#...."}},
+        {2,
+         [](HDC to) { return Polyline(to, Double, 4); },
+         19,
+         19,
+         {"##.........", "######.....", ".########..", ".....#####.", "........##.", "........##.", "........###",
+          ".........##", ".........##", ".........##", ".........##", ".......####", ".....#####.", "..######...",
+          "..####....."}},
+        {4,
+         [](HDC to) { return Polyline(to, Needle, 2); },
+         18,
+         18,
+         {"....##.", "...####", ".######", "#######", "#######", ".##.##."}},
+        {1,
+         [](HDC to) { return Ellipse(to, 20, 20, 31, 28); },
+         20,
+         20,
+         {"...#####...", "..#ooooo#..", ".#ooooooo#.", "#ooooooooo#", "#ooooooooo#", ".#ooooooo#.", "..#ooooo#..",
+          "...#####..."}},
+        {4,
+         [](HDC to) { return Ellipse(to, 20, 20, 32, 32); },
+         18,
+         18,
+         {".....#####.....", "...#########...", "..############.", ".#############.", ".#######o######",
+          "######oooo#####", "####ooooooo####", "#####oooooo####", "#####oooooo####", "#####ooooo#####",
+          ".#####ooo#####.", ".##############", "..###########..", "...###########.", ".....#######..."}},
+        {1,
+         [](HDC to) { return RoundRect(to, 20, 20, 36, 27, 10, 7); },
+         20,
+         20,
+         {"...##########...", ".##oooooooooo##.", "#oooooooooooooo#", "#oooooooooooooo#", "#oooooooooooooo#",
+          ".##oooooooooo##.", "...##########..."}},
+    };
+    for (const auto& [pen, draw, left, top, rows] : pictures) {
+        use(CreatePen(PS_SOLID, pen, Red), CreateSolidBrush(Cyan));
+        clear();
+        EXPECT_TRUE(draw(dc));
+        std::vector<std::string> drawn(rows.size());
+        for (size_t row = 0; row < rows.size(); ++row) {
+            const int y = top + static_cast<int>(row);
+            for (const COLORREF one : snapshot(window, {left, y, left + static_cast<int>(rows[0].size()), y + 1})) {
+                drawn[row] += one == Red ? '#' : one == Cyan ? 'o' : '.';
+            }
+        }
+        EXPECT_EQ(drawn, rows);
+        const RECT whole{left, top, left + static_cast<int>(rows[0].size()), top + static_cast<int>(rows.size())};
+        EXPECT_EQ(text(boundsOf(window, Red)), text(whole));
+    }
 }
 
 TEST_F(LayerDrawing, TextFillsItsCellsOrTheGivenRectangle) {

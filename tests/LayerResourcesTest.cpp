@@ -72,7 +72,9 @@ void expectWellFormed(const layer::Window& dialog) {
     int defaults = 0;
     for (auto at = dialog.children.begin(); at != dialog.children.end(); ++at) {
         const layer::Window& control = **at;
-        const QRect area = control.outer->geometry();
+        // A line is two pixels longer than its template says.
+        const bool line = control.kind == layer::Kind::Static && (control.style & 0x1F) == SS_ETCHEDHORZ;
+        const QRect area = control.outer->geometry().adjusted(0, 0, line ? -2 : 0, 0);
         const bool nameless = (control.id & 0xFFFF) == 0xFFFF;
         EXPECT_TRUE(nameless || ids.insert(control.id).second) << control.id << " twice";
         EXPECT_TRUE(client.contains(area) && !area.isEmpty()) << control.id << " stands out or cannot be seen";
@@ -198,4 +200,32 @@ TEST_F(Layer, EveryDialogIsWellFormed) {
         }
     }
     EXPECT_GE(dialogs, 19);
+}
+
+TEST_F(Layer, PicturesAndLinesStandAsOnTheRealDesktop) {
+    const HWND frame = openFrame();
+    std::string sizes;
+    QImage picture;
+    handler = [&](HWND dialog, UINT message) {
+        if (message != WM_INITDIALOG) {
+            return false;
+        }
+        for (const layer::Window* control : layer::find(dialog)->children) {
+            const DWORD type = control->style & 0x1F;
+            if (control->kind == layer::Kind::Static && (type == SS_ICON || type == SS_ETCHEDHORZ)) {
+                RECT area{};
+                GetWindowRect(control->handle, &area);
+                sizes += " " + std::to_string(area.right - area.left) + "x" + std::to_string(area.bottom - area.top);
+            } else if (control->kind == layer::Kind::Static && type == SS_BITMAP) {
+                picture = control->outer->grab().toImage();
+            }
+        }
+        return EndDialog(dialog, 0) == FALSE;
+    };
+    DialogBoxParamA(nullptr, MAKEINTRESOURCEA(IDD_ABOUT), frame, recordDialog, 0);
+    EXPECT_EQ(sizes, " 32x32 382x2 384x2");
+    // The picture is 208 wide in 238.
+    ASSERT_EQ(picture.width(), 238);
+    EXPECT_EQ(picture.pixel(0, 30), picture.pixel(237, 30));
+    EXPECT_NE(picture.pixel(222, 30), picture.pixel(223, 30));
 }

@@ -109,6 +109,7 @@ constexpr DWORD SS_ICON = 0x03;
 constexpr DWORD SS_BITMAP = 0x0E;
 constexpr DWORD SS_ETCHEDHORZ = 0x10;
 constexpr DWORD SS_ETCHEDFRAME = 0x12;
+constexpr DWORD SS_CENTERIMAGE = 0x200;
 
 constexpr int IDOK = 1;
 constexpr int IDCANCEL = 2;
