@@ -112,7 +112,7 @@ TEST_F(LayerDrawing, OnlyAThinLineLeavesOutItsLastPoint) {
     for (const Row& row : {Row{1, {20, 50}, {10, 50}, "11,50 10x1", 10}, Row{1, {10, 50}, {10, 70}, "10,50 1x20", 20},
                            Row{1, {10, 50}, {20, 60}, "10,50 10x10", 10}, Row{1, {30, 30}, {10, 34}, "11,30 20x5", 20},
                            Row{2, {10, 50}, {20, 50}, "9,49 12x2", 24}, Row{2, {10, 70}, {10, 50}, "9,49 2x22", 44},
-                           Row{2, {30, 30}, {10, 34}, "9,29 22x6", 48}, Row{2, {10, 50}, {11, 90}, "9,49 3x42", 85},
+                           Row{2, {30, 30}, {10, 34}, "9,29 22x6", 49}, Row{2, {10, 50}, {11, 90}, "9,49 3x42", 85},
                            Row{2, {10, 50}, {10, 50}, "9,49 2x2", 4}}) {
         usePen(row.pen);
         clear();
@@ -131,17 +131,70 @@ TEST_F(LayerDrawing, OnlyAThinLineLeavesOutItsLastPoint) {
     LineTo(dc, 60, 10);
     LineTo(dc, 60, 20);
     EXPECT_TRUE(redIn({10, 10, 21, 21}) == 20 && redIn({50, 10, 61, 21}) == 20);
+}
 
-    usePen(9);
-    clear();
-    const POINT wide[] = {{50, 50}, {150, 50}};
-    Polyline(dc, wide, 2);
-    EXPECT_EQ(colours().size(), 2u);
-    EXPECT_EQ(redIn({100, 0, 101, 100}), 9);
-    EXPECT_TRUE(redIn({0, 0, 45, 100}) == 0 && redIn({156, 0, 200, 100}) == 0);
-    for (const int end : {47, 153}) {
-        const int height = redIn({end, 0, end + 1, 100});
-        EXPECT_TRUE(height > 0 && height < 9) << "the end at " << end << " is not round";
+TEST_F(LayerDrawing, LinesAndRoundShapesTakeThePixelsOfTheRealDesktop) {
+    static constexpr POINT Thin[] = {{20, 20}, {28, 24}, {24, 32}, {20, 29}, {28, 25}};
+    static constexpr POINT Double[] = {{20, 20}, {27, 22}, {29, 29}, {22, 33}};
+    static constexpr POINT Needle[] = {{23, 20}, {20, 22}};
+    const struct {
+        int pen;
+        BOOL (*draw)(HDC);
+        int left, top;
+        std::vector<std::string> rows;  // # the pen, o the brush
+    } pictures[] = {
+        {1,
+         [](HDC to) { return Polyline(to, Thin, 5); },
+         20,
+         20,  // ties in all directions
+         {"##.......", "..##.....", "....##...", "......##.", "........#", ".......#.", ".....###.", "...##.#..",
+          ".##...#..", "#....#...", ".##..#...", "...##....", "....#...."}},
+        {2,
+         [](HDC to) { return Polyline(to, Double, 4); },
+         19,
+         19,
+         {"##.........", "######.....", ".########..", ".....#####.", "........##.", "........##.", "........###",
+          ".........##", ".........##", ".........##", ".........##", ".......####", ".....#####.", "..######...",
+          "..####....."}},
+        {4,
+         [](HDC to) { return Polyline(to, Needle, 2); },
+         18,
+         18,
+         {"....##.", "...####", ".######", "#######", "#######", ".##.##."}},
+        {1,
+         [](HDC to) { return Ellipse(to, 20, 20, 31, 28); },
+         20,
+         20,
+         {"...#####...", "..#ooooo#..", ".#ooooooo#.", "#ooooooooo#", "#ooooooooo#", ".#ooooooo#.", "..#ooooo#..",
+          "...#####..."}},
+        {4,
+         [](HDC to) { return Ellipse(to, 20, 20, 32, 32); },
+         18,
+         18,
+         {".....#####.....", "...#########...", "..############.", ".#############.", ".#######o######",
+          "######oooo#####", "####ooooooo####", "#####oooooo####", "#####oooooo####", "#####ooooo#####",
+          ".#####ooo#####.", ".##############", "..###########..", "...###########.", ".....#######..."}},
+        {1,
+         [](HDC to) { return RoundRect(to, 20, 20, 36, 27, 10, 7); },
+         20,
+         20,
+         {"...##########...", ".##oooooooooo##.", "#oooooooooooooo#", "#oooooooooooooo#", "#oooooooooooooo#",
+          ".##oooooooooo##.", "...##########..."}},
+    };
+    for (const auto& [pen, draw, left, top, rows] : pictures) {
+        usePen(pen);
+        clear();
+        EXPECT_TRUE(draw(dc));
+        std::vector<std::string> drawn(rows.size());
+        for (size_t row = 0; row < rows.size(); ++row) {
+            const int y = top + static_cast<int>(row);
+            for (const COLORREF one : snapshot(window, {left, y, left + static_cast<int>(rows[0].size()), y + 1})) {
+                drawn[row] += one == Red ? '#' : one == Cyan ? 'o' : '.';
+            }
+        }
+        EXPECT_EQ(drawn, rows);
+        const RECT whole{left, top, left + static_cast<int>(rows[0].size()), top + static_cast<int>(rows.size())};
+        EXPECT_EQ(text(colours()[Red]), text(whole));
     }
 }
 

@@ -6,6 +6,7 @@
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QPaintEvent>
+#include <QPainter>
 #include <QScreen>
 #include <QWindow>
 
@@ -149,7 +150,17 @@ void placeFrame(Window& window) {
 
 namespace {
 
-// Texts, pictures and etched lines.
+// A picture in the middle of its control, on the colour of its own upper left corner.
+QPixmap centred(const QImage& picture, QSize size) {
+    QPixmap ground(size);
+    ground.fill(picture.pixelColor(0, 0));
+    QPainter(&ground).drawImage(size.width() / 2 - picture.width() / 2, size.height() / 2 - picture.height() / 2,
+                                picture);
+    return ground;
+}
+
+// Texts, pictures and etched lines. A picture that is not centred gives its control its own size; a line is the edge
+// round a control without height.
 QWidget* makeStatic(Window& window) {
     const DWORD type = window.style & StaticTypeMask;
     auto* label = new QLabel(window.parent->client);
@@ -164,24 +175,22 @@ QWidget* makeStatic(Window& window) {
             break;
         }
         case SS_ICON:
-            // The control takes the picture's size.
-            window.place.setSize(IconSize);
             label->setPixmap(iconOf(LoadIconA(nullptr, MAKEINTRESOURCEA(window.imageId))).pixmap(IconSize));
+            window.place.setSize(IconSize);
             break;
         case SS_BITMAP: {
             const HBITMAP bitmap = LoadBitmapA(nullptr, MAKEINTRESOURCEA(window.imageId));
-            label->setPixmap(QPixmap::fromImage(imageOf(bitmap)));
-            if (window.style & SS_CENTERIMAGE) {
-                // What it leaves of the control has the colour of its first pixel.
-                label->setAlignment(Qt::AlignCenter);
-                label->setAutoFillBackground(true);
-                label->setPalette(QPalette(imageOf(bitmap).pixelColor(0, 0)));
-            }
+            const QImage picture = imageOf(bitmap);
             DeleteObject(bitmap);
+            if ((window.style & SS_CENTERIMAGE) == 0) {
+                window.place.setSize(picture.size());
+            }
+            label->setPixmap(centred(picture, window.place.size()));
             break;
         }
         case SS_ETCHEDHORZ:
-            label->setFrameStyle(static_cast<int>(QFrame::HLine) | QFrame::Sunken);
+            label->setFrameStyle(static_cast<int>(QFrame::Panel) | QFrame::Sunken);
+            window.place.setSize({window.place.width() + 2, 2});
             break;
         case SS_ETCHEDFRAME:
             label->setFrameStyle(static_cast<int>(QFrame::Box) | QFrame::Sunken);
