@@ -346,25 +346,30 @@ family2 = Session("family 2", [
 ], STANDING, family=2, language="pol")
 
 by_keys = Session("menus by keys", [
+    ("Alt alone", "key Alt_L"),
+    *[("after Alt alone", f"key {press}") for press in ("Left", "Return", "Escape", "Escape")],
     *keys("F10", "Right", "Right", "Down", "Down", "Escape", "Escape"),
     *keys("F10", "Down", "Down", "Up", "Escape", "Escape"),
-    *keys("alt+f", "Right", "Left", "Escape", "Escape"),
-    *keys("alt+c", "alt+r", "alt+z"),
     *keys("F10", "Right", "Right", "Right", "Right", "Right", "Return"),
     ("polls on the page", "wait"),
-    *keys("Alt_L", "Left", "Return", "Escape", "Escape"),
     ("a menu by the mouse", f"bar {SIZE}"),
     ("polls with it", "wait"),
-    *keys("Down", "Escape"),
-    *keys("Escape"),
-    ("right click on the bar", "desktop 640 12 3"),
-    ("a greyed item", f"bar {PORT}"),
+    *keys("Down", "Escape", "Escape"),
+    ("right click on the bar", "bar_end 3"),
+    ("click on the bar", "bar_end 1"),
+    ("a menu with a separator", f"bar {PORT}"),
     ("the separator", "item 9"),
     *keys("Escape", "Escape"),
-    *keys("alt+F4"),
-    *keys("alt"),
+    ("Alt and a letter", "key alt+f"),
+    *[("after Alt and a letter", f"key {press}") for press in ("Escape", "Escape")],
+    ("Alt and a letter that no menu has", "key alt+x"),
+    *[("after Alt and a letter", f"key {press}") for press in ("Escape", "Escape")],
     ("a menu", f"bar {FILE}"),
     ("close behind the menu", "close"),
 ], RUNNING)
 
-SESSIONS = [readings, configuration, options, oscilloscope, files, service, sizes, languages, family2, by_keys]
+by_program_keys = Session("closed by keys", [
+    ("close", "key alt+F4"),
+], RUNNING)
+
+SESSIONS = [readings, configuration, options, oscilloscope, files, service, sizes, languages, family2, by_keys, by_program_keys]

@@ -385,7 +385,9 @@ QWidget* makeComboWidget(Window& window) {
     }
     const int whole = window.place.height();
     window.place.setHeight(window.parent->baseUnits.height() + BoxMargin);
-    return new ComboBox(window.parent->client, window.handle, whole - window.place.height());
+    auto* box = new ComboBox(window.parent->client, window.handle, whole - window.place.height());
+    box->model.rowHeight = window.parent->baseUnits.height();
+    return box;
 }
 
 LRESULT comboMessage(Window& window, UINT message, WPARAM wParam, LPARAM lParam) {
