@@ -6,6 +6,7 @@
 #include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QDateTime>
+#include <QTimeZone>
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -78,7 +79,7 @@ void HeldClock::pass(Moment duration) {
 
 SYSTEMTIME HeldClock::localTime() {
     const QDateTime start(QDate(startTime.wYear, startTime.wMonth, startTime.wDay),
-                          QTime(startTime.wHour, startTime.wMinute, startTime.wSecond), Qt::UTC);
+                          QTime(startTime.wHour, startTime.wMinute, startTime.wSecond), QTimeZone::utc());
     const QDateTime now = start.addMSecs((time - Start) / Millisecond);
     return {.wYear = static_cast<WORD>(now.date().year()),
             .wMonth = static_cast<WORD>(now.date().month()),

@@ -20,6 +20,7 @@ struct Port {
     HANDLE handle = nullptr;  // null while the row is free
     std::unique_ptr<Line> line;
     COMMTIMEOUTS timeouts{};
+    Moment byteTime = 0;  // on the wire; 0 until the speed is set
 };
 
 // The program has one port open at a time; the rest is for its tests.
@@ -58,6 +59,14 @@ Moment endOf(DWORD constant, DWORD multiplier, DWORD bytes) {
     constexpr std::uint64_t most = std::numeric_limits<DWORD>::max();
     const std::uint64_t milliseconds = std::min(most, constant + std::uint64_t{multiplier} * bytes);
     return theClock().now() + static_cast<Moment>(milliseconds) * Millisecond;
+}
+
+// Passes the time that all of the rest but its last byte needs on the wire, so that a frame wakes the program three
+// times and not once a byte.
+void passWhileArriving(const Port& port, DWORD rest, Moment deadline) {
+    if (rest > 1 && port.byteTime > 0) {
+        theClock().waitUntil(std::min(deadline, theClock().now() + (rest - 1) * port.byteTime));
+    }
 }
 
 bool onlyPlainFrames(const DCB& state) {
@@ -105,10 +114,13 @@ void holdPort(int port, LineOpener open) {
 using namespace layer;
 
 BOOL SetCommState(HANDLE handle, DCB* state) {
-    const Port* port = findPort(handle);
-    return port != nullptr && state != nullptr && onlyPlainFrames(*state) && port->line->configure(state->BaudRate)
-               ? TRUE
-               : FALSE;
+    constexpr int bitsOfByte = 10;  // with start and stop
+    Port* port = findPort(handle);
+    if (port == nullptr || state == nullptr || !onlyPlainFrames(*state) || !port->line->configure(state->BaudRate)) {
+        return FALSE;
+    }
+    port->byteTime = bitsOfByte * Second / state->BaudRate;
+    return TRUE;
 }
 
 BOOL SetCommTimeouts(HANDLE handle, COMMTIMEOUTS* timeouts) {
@@ -163,6 +175,7 @@ BOOL ReadFile(HANDLE handle, LPVOID buffer, DWORD bytes, LPDWORD bytesRead, OVER
         if (got > 0) {
             *bytesRead += static_cast<DWORD>(got);
             deadline = interval == 0 ? end : std::min(end, theClock().now() + interval);
+            passWhileArriving(*port, bytes - *bytesRead, deadline);
         } else if (got < 0 || state == Line::State::Gone) {
             return FALSE;
         }
