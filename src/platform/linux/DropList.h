@@ -64,6 +64,8 @@ public:
         view.setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
         view.setVerticalScrollMode(QAbstractItemView::ScrollPerItem);
         view.setUniformItemSizes(true);
+        // A list of few rows is no higher than they are.
+        view.setMinimumSize(1, 1);
     }
     int rowHeight() const {
         return std::max(1, view.sizeHintForRow(0));

@@ -149,6 +149,14 @@ void placeFrame(Window& window) {
 
 namespace {
 
+// Shadow and light of what is etched.
+void etch(QLabel& label) {
+    QPalette colours = label.palette();
+    colours.setColor(QPalette::Dark, QColor(160, 160, 160));
+    colours.setColor(QPalette::Light, Qt::white);
+    label.setPalette(colours);
+}
+
 // Texts, pictures and etched lines.
 QWidget* makeStatic(Window& window) {
     const DWORD type = window.style & StaticTypeMask;
@@ -181,9 +189,11 @@ QWidget* makeStatic(Window& window) {
             break;
         }
         case SS_ETCHEDHORZ:
+            etch(*label);
             label->setFrameStyle(static_cast<int>(QFrame::HLine) | QFrame::Sunken);
             break;
         case SS_ETCHEDFRAME:
+            etch(*label);
             label->setFrameStyle(static_cast<int>(QFrame::Box) | QFrame::Sunken);
             break;
         default:
