@@ -85,6 +85,11 @@ class User:
     def do_desktop(self, x, y, button=1):
         self.at((x, y), "click", button)
 
+    def do_bar_end(self, button):
+        """The bar behind its last item."""
+        last = [item.place for item in self.look.items if item.level == 0][-1]
+        self.at((last.left + last.width + 60, last.centre()[1]), "click", button)
+
     def do_answer(self, number):
         """A button of a message box."""
         button = self.look.windows.get(f"foreign/{number}")
@@ -167,4 +172,5 @@ def ask_to_close(display_name, client):
     message = ClientMessage(type=33, sent=1, window=child.value, kind=atom[0], format=32)
     message.data[0] = atom[1]
     x11.XSendEvent(display, child, 0, ctypes.c_long(0), ctypes.byref(message))
+    x11.XSync(display, 0)
     x11.XCloseDisplay(display)

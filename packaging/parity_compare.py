@@ -100,7 +100,7 @@ def facts(look, draws):
         found[f"entry {entry.index}"] = (entry.state, entry.text)
     for drawing in look.drawings if draws else ():
         if drawing.call == "ExtTextOutA":
-            found[f"{drawing.window} text at {drawing.area.left},{drawing.area.top}"] = f"'{drawing.text}'"
+            found[f"{drawing.window} text at {drawing.area.left},{drawing.area.top}"] = f"'{drawing.text}' {drawing.area.width}x{drawing.area.height}"
     return found
 
 
@@ -197,7 +197,8 @@ def compare_facts(ours, theirs, draws):
     yield from differing_sets("messages", by_window(ours.lines), by_window(theirs.lines))
     if ours.ended or theirs.ended:
         return
-    yield from differing_sets("timers", timers(ours.lines), timers(theirs.lines))
+    if draws:
+        yield from differing_sets("timers", timers(ours.lines), timers(theirs.lines))
     yield from differing_sets("look", facts(ours.look, draws), facts(theirs.look, draws))
 
 

@@ -176,8 +176,11 @@ class World:
         del self.lines[begin:end + 1]
         return taken
 
+    # The question comes back when the screen has dealt with all before it.
     def xdotool(self, *words):
-        subprocess.run(["xdotool", *map(str, words)], env=self.environment, check=True, stdout=subprocess.DEVNULL)
+        for command in (words, ["getmouselocation"]):
+            subprocess.run(["xdotool", *map(str, command)], env=self.environment, check=True,
+                           stdout=subprocess.DEVNULL)
 
 
 def end(process):

@@ -21,6 +21,7 @@ constexpr DWORD Sorted = 0x0100;
 // The closed box stands this much over its font's cell; the template's height is that of the box with its list.
 constexpr int BoxMargin = 8;
 constexpr int FewestRows = 3;
+constexpr int ListBorders = 2;
 constexpr int RowsPerNotch = 3;
 constexpr int Notch = 120;
 // A poll of a lost link holds the letters of a search in a list up for a good quarter of a second.
@@ -96,7 +97,7 @@ void CALLBACK scrollHeld(HWND window, UINT, UINT_PTR, DWORD) {
 }
 
 int ComboBox::rows() const {
-    const int fit = std::max(FewestRows, listHeight / list->rowHeight());
+    const int fit = std::max(FewestRows, (listHeight - ListBorders) / list->rowHeight());
     return std::clamp(model.rowCount(), 1, fit);
 }
 
@@ -385,7 +386,9 @@ QWidget* makeComboWidget(Window& window) {
     }
     const int whole = window.place.height();
     window.place.setHeight(window.parent->baseUnits.height() + BoxMargin);
-    return new ComboBox(window.parent->client, window.handle, whole - window.place.height());
+    auto* box = new ComboBox(window.parent->client, window.handle, whole - window.place.height());
+    box->model.rowHeight = window.parent->baseUnits.height();
+    return box;
 }
 
 LRESULT comboMessage(Window& window, UINT message, WPARAM wParam, LPARAM lParam) {

@@ -21,6 +21,9 @@ public:
         return parent.isValid() ? 0 : static_cast<int>(entries.size());
     }
     QVariant data(const QModelIndex& index, int role) const override {
+        if (index.isValid() && role == Qt::SizeHintRole) {
+            return QSize(0, rowHeight);
+        }
         if (!index.isValid() || (role != Qt::DisplayRole && role != Qt::EditRole)) {
             return {};
         }
@@ -42,6 +45,7 @@ public:
         endResetModel();
     }
     std::vector<QByteArray> entries;
+    int rowHeight = 1;  // that of the font's cell
 };
 
 // The list below a box: a window of its own without the keyboard, which the box works.
@@ -60,6 +64,8 @@ public:
         view.setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
         view.setVerticalScrollMode(QAbstractItemView::ScrollPerItem);
         view.setUniformItemSizes(true);
+        // A list of few rows is no higher than they are.
+        view.setMinimumSize(1, 1);
     }
     int rowHeight() const {
         return std::max(1, view.sizeHintForRow(0));

@@ -29,7 +29,7 @@ QString inCapitals(QString text) {
 
 class Edit : public QLineEdit {
 public:
-    Edit(QWidget* parent, HWND shown, DWORD style) : QLineEdit(parent), capitals(style & UpperCase) {
+    Edit(QWidget* parent, HWND shown, DWORD style) : QLineEdit(parent), window(shown), capitals(style & UpperCase) {
         setContextMenuPolicy(Qt::NoContextMenu);
         setAlignment(Qt::AlignVCenter | (style & Centred ? Qt::AlignHCenter : Qt::AlignLeft));
         makeReadOnly(style & ReadOnly);
@@ -172,7 +172,11 @@ private:
         caret == anchor ? (deselect(), setCursorPosition(caret)) : setSelection(anchor, caret - anchor);
     }
     void insertText(const QString& letters) {
+        const bool fits = text().size() - selectedText().size() + letters.size() <= maxLength();
         insert(capitals ? inCapitals(letters) : letters);
+        if (!fits) {
+            notifyParent(window, EN_MAXTEXT);
+        }
     }
     void pasteText() {
         if (!isReadOnly()) {
@@ -180,6 +184,7 @@ private:
         }
     }
 
+    HWND window;
     bool capitals;
     int anchor = 0;
 };

@@ -159,6 +159,14 @@ QPixmap centred(const QImage& picture, QSize size) {
     return ground;
 }
 
+// Shadow and light of what is etched.
+void etch(QLabel& label) {
+    QPalette colours = label.palette();
+    colours.setColor(QPalette::Dark, QColor(160, 160, 160));
+    colours.setColor(QPalette::Light, Qt::white);
+    label.setPalette(colours);
+}
+
 // Texts, pictures and etched lines. A picture that is not centred gives its control its own size; a line is the edge
 // round a control without height.
 QWidget* makeStatic(Window& window) {
@@ -189,10 +197,12 @@ QWidget* makeStatic(Window& window) {
             break;
         }
         case SS_ETCHEDHORZ:
+            etch(*label);
             label->setFrameStyle(static_cast<int>(QFrame::Panel) | QFrame::Sunken);
             window.place.setSize({window.place.width() + 2, 2});
             break;
         case SS_ETCHEDFRAME:
+            etch(*label);
             label->setFrameStyle(static_cast<int>(QFrame::Box) | QFrame::Sunken);
             break;
         default:

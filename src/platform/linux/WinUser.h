@@ -60,6 +60,7 @@ constexpr WORD EN_SETFOCUS = 0x0100;
 constexpr WORD EN_KILLFOCUS = 0x0200;
 constexpr WORD EN_CHANGE = 0x0300;
 constexpr WORD EN_UPDATE = 0x0400;
+constexpr WORD EN_MAXTEXT = 0x0501;
 // The program selects all: 0 to -1.
 constexpr UINT EM_SETSEL = 0x00B1;
 constexpr UINT EM_SETLIMITTEXT = 0x00C5;

@@ -401,8 +401,12 @@ BOOL SetWindowTextA(HWND handle, LPCSTR text) {
     if (!window) {
         return FALSE;
     }
-    window->text = text ? text : "";
+    const QByteArray before = std::exchange(window->text, text ? text : "");
     applyText(*window);
+    // A field tells of every text that it is given, also of the one that it has.
+    if (window->kind == Kind::Edit && window->text == before && notifyParent(handle, EN_UPDATE)) {
+        notifyParent(handle, EN_CHANGE);
+    }
     return TRUE;
 }
 

@@ -59,8 +59,9 @@ void noteDrawing(HWND window, const char* call, const RECT& area, const char* te
         }
         return fills(drawing.call) || (covers(old.area, whole) && old.call == drawing.call);
     });
+    // Texts are few and stand long.
     if (drawings().size() >= MostDrawings) {
-        drawings().erase(drawings().begin());
+        drawings().erase(std::ranges::find_if(drawings(), [](const Drawing& old) { return old.call != "ExtTextOutA"; }));
     }
     drawings().push_back(std::move(drawing));
 }

@@ -119,12 +119,12 @@ bool isMarked(const QAction& action) {
 }
 
 template <typename Holder>
-void writeItems(const Holder& holder, int level) {
+void writeItems(const Holder& holder, int level, const QAction* active) {
     int index = 0;
     for (const QAction* action : holder.actions()) {
         const QRect place = holder.actionGeometry(const_cast<QAction*>(action));
         const UINT state = (action->isEnabled() ? 0 : MF_GRAYED) | (action->isChecked() ? MF_CHECKED : 0) |
-                           (isMarked(*action) ? MF_HILITE : 0);
+                           (action == active || isMarked(*action) ? MF_HILITE : 0);
         Line("menu")
             .number(level)
             .number(index++)
@@ -190,12 +190,12 @@ void writeWindows() {
         }
         writeTree(*window, nameOf(window->handle), "");
         if (const auto* bar = window->outer->findChild<QMenuBar*>()) {
-            writeItems(*bar, 0);
+            writeItems(*bar, 0, nullptr);
         }
     }
     for (const QWidget* widget : QApplication::topLevelWidgets()) {
         if (const auto* menu = qobject_cast<const QMenu*>(widget); menu && menu->isVisible()) {
-            writeItems(*menu, 1);
+            writeItems(*menu, 1, menu->activeAction());
         }
     }
     if (const QAbstractItemView* view = layer::openListView()) {

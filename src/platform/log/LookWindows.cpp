@@ -103,15 +103,29 @@ void writeTree(HWND window, const std::string& name, const std::string& parent) 
     }
 }
 
+// A menu's text is Unicode in the resource; its letters are told in the code page that has them all.
+std::string itemText(HMENU menu, UINT item) {
+    std::array<wchar_t, 512> wide{};
+    GetMenuStringW(menu, item, wide.data(), static_cast<int>(wide.size()), MF_BYPOSITION);
+    for (const UINT page : {1250U, 1251U}) {
+        Text text{};
+        BOOL replaced = FALSE;
+        WideCharToMultiByte(page, WC_NO_BEST_FIT_CHARS, wide.data(), -1, text.data(), static_cast<int>(text.size()),
+                            nullptr, &replaced);
+        if (!replaced) {
+            return text.data();
+        }
+    }
+    return "?";
+}
+
 void writeItems(HWND window, HMENU menu, int level) {
     for (int index = 0; index < GetMenuItemCount(menu); ++index) {
         const auto item = static_cast<UINT>(index);
         RECT place{};
         GetMenuItemRect(window, menu, item, &place);
-        Text text{};
-        GetMenuStringA(menu, item, text.data(), static_cast<int>(text.size()), MF_BYPOSITION);
         const UINT state = GetMenuState(menu, item, MF_BYPOSITION) & (MF_GRAYED | MF_CHECKED | MF_HILITE);
-        Line("menu").number(level).number(index).rect(place).number(state).text(text.data()).write();
+        Line("menu").number(level).number(index).rect(place).number(state).text(itemText(menu, item).c_str()).write();
     }
 }
 
