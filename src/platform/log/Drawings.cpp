@@ -61,7 +61,8 @@ void noteDrawing(HWND window, const char* call, const RECT& area, const char* te
     });
     // Texts are few and stand long.
     if (drawings().size() >= MostDrawings) {
-        drawings().erase(std::ranges::find_if(drawings(), [](const Drawing& old) { return old.call != "ExtTextOutA"; }));
+        drawings().erase(
+            std::ranges::find_if(drawings(), [](const Drawing& old) { return old.call != "ExtTextOutA"; }));
     }
     drawings().push_back(std::move(drawing));
 }
