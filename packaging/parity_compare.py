@@ -100,7 +100,7 @@ def facts(look, draws):
         found[f"entry {entry.index}"] = (entry.state, entry.text)
     for drawing in look.drawings if draws else ():
         if drawing.call == "ExtTextOutA":
-            found[f"{drawing.window} text at {drawing.area.left},{drawing.area.top}"] = f"'{drawing.text}' {drawing.area.width}x{drawing.area.height}"
+            found[f"{drawing.window} text at {drawing.area.left},{drawing.area.top}"] = drawing.text
     return found
 
 

@@ -189,7 +189,7 @@ oscilloscope = Session("oscilloscope", [
     ("sweeping, a poll of a lost link", "beats 15"),
     ("polls of a lost link", "wait"),
     ("sweeping after the replug", "replug"),
-    ("sweeping to the end", "frames 1600"),
+    ("sweeping to the end", "frames 900"),
     ("sweeping on, a menu", f"bar {FILE}"),
     ("sweeping on, polls with a menu open", "wait"),
     ("sweeping on, the menu closed", "key Escape"),
